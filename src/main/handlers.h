@@ -1,0 +1,10 @@
+// The command handlers, in the order of the command table.
+#pragma once
+
+#include "main/command.h"
+
+int cmd_errinfo(int argc, char** argv, const CommandEntry* entry);
+int cmd_devmg(int argc, char** argv, const CommandEntry* entry);
+int cmd_arp(int argc, char** argv, const CommandEntry* entry);
+int cmd_malloc(int argc, char** argv, const CommandEntry* entry);
+int cmd_fls(int argc, char** argv, const CommandEntry* entry);
