@@ -9,6 +9,8 @@
 #include <cstring>
 #include <string_view>
 
+#pragma GCC visibility push(hidden)  // not the library's face
+
 namespace convert {
 
 using Ip6 = std::array<uint8_t, 16>;
@@ -128,3 +130,5 @@ int read_list(void* destination, std::string_view list, Parse parse, int most = 
 }
 
 }  // namespace convert
+
+#pragma GCC visibility pop

@@ -1,0 +1,46 @@
+// The order gateway of a plain Linux host: one order is one transaction on the state store.
+#include <algorithm>
+#include <cstdio>
+
+#include "module.h"
+#include "modules/modules.h"
+#include "platform/order.h"
+#include "settings.h"
+
+namespace {
+
+void handle(Order& order) {
+  const Module* module = find_module(order.module());
+  if (module == nullptr) throw Refusal{kUnknownModule};
+  const auto command = std::ranges::find(module->commands, order.command(), &Command::number);
+  if (command == module->commands.end()) throw Refusal{kUnknownCommand};
+
+  std::vector<Schema> schemas = {kSettingsSchema};
+  for (const Module* each : all_modules()) schemas.push_back({each->number, each->schema});
+  Store store("state.db", schemas, command->access);
+  command->run(store, order);
+  store.commit();
+}
+
+int report_failure(const char* why) {
+  fprintf(stderr, "vek: %s\n", why);
+  return -1;
+}
+
+}  // namespace
+
+[[gnu::visibility("default")]] int tesvel_order_opt_fun(void* record, uint32_t length) {
+  if (record == nullptr || length < sizeof(OrderRecord)) return report_failure("order without a record");
+  try {
+    Order order(record, length);
+    try {
+      handle(order);
+      order.finish(kOk);
+    } catch (const Refusal& refusal) {
+      order.finish(refusal.code);
+    }
+    return 0;
+  } catch (const std::exception& error) {
+    return report_failure(error.what());
+  }
+}

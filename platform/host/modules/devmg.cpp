@@ -1,0 +1,155 @@
+// The interface registry (module 2). Other modules keep what they have for an interface in tables that refer
+// to it, so that it goes with the interface.
+#include "modules/devmg.h"
+
+#include "linux_net.h"
+#include "modules/modules.h"
+#include "net/devmg_records.h"
+
+namespace {
+
+constexpr int kMaxInterfaces = 64;
+constexpr uint16_t kTypeNone = 0;
+constexpr uint16_t kTypeLan = 250;
+constexpr uint8_t kMaxWorkMode = 2;
+
+// Registers the interface under the lowest number that is free, or gives a registered one its type anew; its
+// settings stay.
+void register_interface(Store& store, std::string_view dev, uint16_t type) {
+  if (!is_interface_name(dev)) throw Refusal{kBadName};
+  store.execute(
+      "INSERT INTO interface (dev_id, dev, type, flags) VALUES ("
+      "  (SELECT min(id) + 1 FROM (SELECT 0 AS id UNION ALL SELECT dev_id FROM interface)"
+      "   WHERE id + 1 NOT IN (SELECT dev_id FROM interface)), ?, ?, ?) "
+      "ON CONFLICT (dev) DO UPDATE SET type = excluded.type, flags = excluded.flags",
+      dev, type, type == kTypeLan ? kInterfaceLan : 0);
+  if (store.number("SELECT count(*) FROM interface") > kMaxInterfaces) throw Refusal{kTableFull};
+}
+
+void add(Store& store, const DevEntry& entry) {
+  if (entry.type != kTypeNone && entry.type != kTypeLan) throw Refusal{kBadValue};
+  register_interface(store, text(entry.dev), entry.type);
+}
+
+void del(Store& store, const DevEntry& entry) {
+  require_interface(store, text(entry.dev));
+  store.execute("DELETE FROM interface WHERE dev = ?", entry.dev);
+}
+
+void set(Store& store, const DevEntry& entry) {
+  require_interface(store, text(entry.dev));
+  if (entry.wk_mode > kMaxWorkMode) throw Refusal{kBadValue};
+  store.execute("UPDATE interface SET jb_en = ?, wk_mode = ?, isp = ? WHERE dev = ?", entry.jb_en,
+                entry.wk_mode, entry.isp, entry.dev);
+}
+
+// The entry of one interface, or for an empty name those of all. The ARP state is whether anything is bound.
+Statement entries(Store& store, std::string_view dev) {
+  return store.query(
+      "SELECT dev, dev_id, type, flags, jb_en, wk_mode, isp,"
+      "  EXISTS (SELECT 1 FROM arp_binding WHERE arp_binding.dev = interface.dev) "
+      "FROM interface WHERE ?1 = '' OR dev = ?1 ORDER BY dev_id",
+      dev);
+}
+
+DevEntry read_entry(const Statement& row) {
+  DevEntry entry = {};
+  row.read(entry.dev, entry.dev_id, entry.type, entry.flags, entry.jb_en, entry.wk_mode, entry.isp,
+           entry.arp);
+  entry.dev_flags = linux_interface_flags(text(entry.dev));
+  return entry;
+}
+
+void get(Store& store, DevEntry& entry) {
+  require_interface(store, text(entry.dev));
+  Statement row = entries(store, text(entry.dev));
+  row.next();
+  entry = read_entry(row);
+}
+
+void list(Store& store, Order& order) {
+  ListAnswer<DevEntry> answer(order);
+  for (Statement row = entries(store, ""); row.next();) answer.add(read_entry(row));
+}
+
+// An interface is on one side only: becoming one takes the other mark, and the line's state, away.
+void mark(Store& store, std::string_view dev, uint16_t type, uint32_t flags) {
+  require_interface(store, dev);
+  store.execute("UPDATE interface SET type = ?, flags = ? WHERE dev = ?", type, flags, dev);
+}
+
+void mark_lan(Store& store, const DevName& name) { mark(store, text(name.dev), kTypeLan, kInterfaceLan); }
+void mark_wan(Store& store, const DevName& name) { mark(store, text(name.dev), kTypeNone, kInterfaceWan); }
+
+// Brings the interfaces of the machine into the registry; those registered stay as they are.
+void read_machine(Store& store) {
+  for (const std::string& dev : linux_interfaces()) {
+    if (store.number("SELECT count(*) FROM interface WHERE dev = ?", dev) == 0) {
+      register_interface(store, dev, kTypeNone);
+    }
+  }
+}
+
+// The line behind a WAN interface is set up.
+void wan_done(Store& store, const DevName& name) {
+  require_interface(store, text(name.dev));
+  if (store.execute("UPDATE interface SET flags = flags | ? WHERE dev = ? AND flags & ?", kInterfaceLineUp,
+                    name.dev, kInterfaceWan) == 0) {
+    throw Refusal{kNotALine};
+  }
+}
+
+// Linux counts incoming multicast apart, but neither broadcast nor outgoing multicast: those are 0 here and
+// count as unicast.
+void stat(Store& store, DevStat& stat) {
+  const std::string_view dev = text(stat.dev);
+  require_interface(store, dev);
+  const uint64_t received = linux_interface_counter(dev, "rx_packets");
+  stat.rx_broadcast = 0;
+  stat.rx_multicast = linux_interface_counter(dev, "multicast");
+  stat.rx_unicast = received > stat.rx_multicast ? received - stat.rx_multicast : 0;
+  stat.tx_broadcast = 0;
+  stat.tx_multicast = 0;
+  stat.tx_unicast = linux_interface_counter(dev, "tx_packets");
+}
+
+constexpr const char* kSchema[] = {R"(
+CREATE TABLE interface (
+  dev_id INTEGER PRIMARY KEY,
+  dev TEXT NOT NULL UNIQUE,
+  type INTEGER NOT NULL,
+  flags INTEGER NOT NULL,
+  jb_en INTEGER NOT NULL DEFAULT 0,
+  wk_mode INTEGER NOT NULL DEFAULT 0,
+  isp INTEGER NOT NULL DEFAULT 0
+))"};
+
+constexpr Command kCommands[] = {
+    {kDevAdd, kWrites, run_as<add>},          {kDevDel, kWrites, run_as<del>},
+    {kDevSet, kWrites, run_as<set>},          {kDevGet, kReads, run_as<get>},
+    {kDevList, kReads, run_as<list>},         {kDevLan, kWrites, run_as<mark_lan>},
+    {kDevWan, kWrites, run_as<mark_wan>},     {kDevRead, kWrites, run_as<read_machine>},
+    {kDevWanDone, kWrites, run_as<wan_done>}, {kDevStat, kReads, run_as<stat>},
+};
+
+}  // namespace
+
+const Module kDevmgModule = {kModuleDevmg, kCommands, kSchema};
+
+void require_interface(Store& store, std::string_view dev) {
+  if (store.number("SELECT count(*) FROM interface WHERE dev = ?", dev) == 0)
+    throw Refusal{kUnknownInterface};
+}
+
+std::vector<std::string> select_interfaces(Store& store, std::string_view word) {
+  const bool is_group = word == "lan" || word == "wan" || word == "all";
+  if (!is_group) require_interface(store, word);
+  Statement row = store.query(
+      "SELECT dev FROM interface WHERE ?1 = 'all' OR (?1 = 'lan' AND flags & ?2) OR (?1 = 'wan' AND flags & "
+      "?3)"
+      "  OR (?1 NOT IN ('all', 'lan', 'wan') AND dev = ?1) ORDER BY dev_id",
+      word, kInterfaceLan, kInterfaceWan);
+  std::vector<std::string> devs;
+  while (row.next()) row.read(devs.emplace_back());
+  return devs;
+}

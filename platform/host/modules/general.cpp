@@ -1,0 +1,65 @@
+// General services (module 1): error information and the memory report.
+#include "modules/general.h"
+
+#include <sys/sysinfo.h>
+
+#include "modules/modules.h"
+
+namespace {
+
+constexpr int kMaxErrorInfos = 256;
+
+// Number 0 is a text like any other, except that erasing it, which is all that the command line can ask for,
+// erases every text.
+void error_info(Store& store, ErrorInfo& info) {
+  switch (info.mode) {
+    case kErrorInfoRead: {
+      Statement found = store.query("SELECT text FROM error_info WHERE number = ?", info.number);
+      if (!found.next()) break;
+      found.read(info.text);
+      info.mode = kErrorInfoPresent;
+      break;
+    }
+    case kErrorInfoStore:
+      store_error_info(store, info.number, text(info.text));
+      break;
+    case kErrorInfoErase:
+      store.execute("DELETE FROM error_info WHERE ?1 = 0 OR number = ?1", info.number);
+      break;
+    default:
+      throw Refusal{kBadValue};
+  }
+}
+
+// The command answers nothing but its result, so the report goes where errinfo finds it.
+void memory_report(Store& store) {
+  struct sysinfo machine = {};
+  sysinfo(&machine);
+  const auto kib = [&machine](unsigned long amount) {
+    return std::to_string(uint64_t{amount} * machine.mem_unit / 1024);
+  };
+  const int64_t page_size = store.number("PRAGMA page_size");
+  store_error_info(
+      store, kModuleGeneral,
+      "memory: total " + kib(machine.totalram) + " KiB, free " + kib(machine.freeram) +
+          " KiB; state store: " + std::to_string(store.number("PRAGMA page_count") * page_size / 1024) +
+          " KiB, unused " + std::to_string(store.number("PRAGMA freelist_count") * page_size / 1024) +
+          " KiB");
+}
+
+constexpr const char* kSchema[] = {R"(
+CREATE TABLE error_info (number INTEGER PRIMARY KEY, text TEXT NOT NULL))"};
+
+constexpr Command kCommands[] = {
+    {kErrorInfo, kWrites, run_as<error_info>},
+    {kMemoryReport, kWrites, run_as<memory_report>},
+};
+
+}  // namespace
+
+const Module kGeneralModule = {kModuleGeneral, kCommands, kSchema};
+
+void store_error_info(Store& store, uint32_t number, std::string_view text) {
+  store.execute("INSERT OR REPLACE INTO error_info VALUES (?, ?)", number, text);
+  if (store.number("SELECT count(*) FROM error_info") > kMaxErrorInfos) throw Refusal{kTableFull};
+}

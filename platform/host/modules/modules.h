@@ -1,0 +1,16 @@
+// The kernel modules that the host library stands in for.
+#pragma once
+
+#include <span>
+
+#include "module.h"
+
+extern const Module kGeneralModule;
+extern const Module kDevmgModule;
+extern const Module kArpModule;
+extern const Module kFlushModule;
+
+std::span<const Module* const> all_modules();
+
+// Null when there is no module of this number.
+const Module* find_module(uint32_t number);

@@ -1,0 +1,164 @@
+// The state store: where its files are, and how they are opened so that nothing that was answered gets lost.
+#include "store.h"
+
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <cstdlib>
+
+namespace {
+
+constexpr int64_t kApplicationId = 0x56454b31;  // marks the files as ours
+constexpr int kMaxWaitMs = 10'000;
+
+// Waits for another process's transaction to end. All who wait ask equally often, so that nobody is kept
+// waiting by later comers, as with SQLite's own handler, whose pauses grow.
+int wait_for_lock(void* /*context*/, int waits) {
+  if (waits >= kMaxWaitMs) return 0;
+  usleep(1000);
+  return 1;
+}
+
+const char* environment(const char* name) {
+  const char* value = getenv(name);
+  return value == nullptr ? "" : value;
+}
+
+std::string state_folder() {
+  std::string folder = environment("VEK_STATE");
+  if (!folder.empty()) return folder;
+  if (geteuid() == 0) return "/var/lib/vek";
+  const std::string state_home = environment("XDG_STATE_HOME");
+  if (state_home.starts_with('/')) return state_home + "/vek";
+  const std::string home = environment("HOME");
+  if (home.empty()) throw StoreError("no state folder: neither VEK_STATE nor HOME is set");
+  return home + "/.local/state/vek";
+}
+
+// The folder with its parents. It is for its owner only: passwords are kept in it.
+void make_folder(const std::string& folder) {
+  if (mkdir(folder.c_str(), 0700) == 0 || errno == EEXIST) return;
+  const size_t slash = folder.find_last_of('/');
+  if (errno == ENOENT && slash != 0 && slash != folder.npos) {
+    make_folder(folder.substr(0, slash));
+    if (mkdir(folder.c_str(), 0700) == 0 || errno == EEXIST) return;
+  }
+  throw StoreError("state folder " + folder + ": " + strerror(errno));
+}
+
+[[noreturn]] void throw_database_error(sqlite3* database) {
+  const char* file = sqlite3_db_filename(database, "main");
+  std::string message = std::string(file == nullptr ? "state store" : file) + ": " + sqlite3_errmsg(database);
+  const int primary = sqlite3_errcode(database) & 0xff;
+  const int system_error = sqlite3_system_errno(database);
+  if ((primary == SQLITE_CANTOPEN || primary == SQLITE_IOERR) && system_error != 0) {
+    message += std::string(" (") + strerror(system_error) + ")";
+  }
+  throw StoreError(message);
+}
+
+int64_t total_steps(std::span<const Schema> schemas) {
+  size_t total = 0;
+  for (const Schema& schema : schemas) total += schema.steps.size();
+  return static_cast<int64_t>(total);
+}
+
+}  // namespace
+
+Statement::Statement(sqlite3* database, std::string_view sql) {
+  if (sqlite3_prepare_v2(database, sql.data(), static_cast<int>(sql.size()), &statement_, nullptr) !=
+      SQLITE_OK) {
+    throw_database_error(database);
+  }
+}
+
+bool Statement::next() {
+  const int code = sqlite3_step(statement_);
+  if (code != SQLITE_ROW && code != SQLITE_DONE) check(code);
+  return code == SQLITE_ROW;
+}
+
+void Statement::bind(int index, std::string_view value) {
+  const char* bytes = value.data() == nullptr ? "" : value.data();  // null would be SQL's NULL
+  check(sqlite3_bind_text(statement_, index, bytes, static_cast<int>(value.size()), SQLITE_TRANSIENT));
+}
+
+std::string_view Statement::column_text(int column) const {
+  const auto* bytes = reinterpret_cast<const char*>(sqlite3_column_text(statement_, column));
+  if (bytes == nullptr) return {};
+  return {bytes, static_cast<size_t>(sqlite3_column_bytes(statement_, column))};
+}
+
+void Statement::check(int code) const {
+  if (code != SQLITE_OK) throw_database_error(sqlite3_db_handle(statement_));
+}
+
+Store::Store(const char* name, std::span<const Schema> schemas, Access access) {
+  const std::string folder = state_folder();
+  make_folder(folder);
+  const std::string file = folder + "/" + name;
+  const int flags = SQLITE_OPEN_READWRITE | SQLITE_OPEN_CREATE | SQLITE_OPEN_NOMUTEX;
+  try {
+    if (sqlite3_open_v2(file.c_str(), &database_, flags, nullptr) != SQLITE_OK) {
+      const int system_error = database_ == nullptr ? ENOMEM : sqlite3_system_errno(database_);
+      throw StoreError(file + ": " + (system_error != 0 ? strerror(system_error) : "cannot be opened"));
+    }
+    sqlite3_busy_handler(database_, wait_for_lock, nullptr);
+    sqlite3_db_config(database_, SQLITE_DBCONFIG_ENABLE_FKEY, 1, nullptr);
+    const int64_t version = total_steps(schemas);
+    is_current(version);  // throws before anything could change a file that is not ours
+    // A rollback journal, not a write-ahead log: processes live for one order, so each would set up the log
+    // and fold it back. Readers here write nothing at all. The journal is truncated and synced at each
+    // commit, so that no power failure can bring it back and undo what was answered; hence FULL.
+    run("PRAGMA journal_mode = TRUNCATE");
+    run("PRAGMA synchronous = FULL");
+
+    run(access == kWrites ? "BEGIN IMMEDIATE" : "BEGIN");
+    if (is_current(version)) return;
+    if (access == kReads) {
+      run("ROLLBACK");
+      run("BEGIN IMMEDIATE");
+    }
+    if (!is_current(version)) upgrade(schemas, version);  // another process may have been first
+    if (access == kReads) {
+      run("COMMIT");
+      run("BEGIN");
+    }
+  } catch (...) {
+    sqlite3_close(database_);
+    throw;
+  }
+}
+
+void Store::run(const char* sql) {
+  if (sqlite3_exec(database_, sql, nullptr, nullptr, nullptr) != SQLITE_OK) throw_database_error(database_);
+}
+
+// Whether the tables are as they should be. Throws when the file is not ours.
+bool Store::is_current(int64_t version) {
+  const int64_t application = number("PRAGMA application_id");
+  const int64_t found = number("PRAGMA user_version");
+  const bool is_new = application == 0 && found == 0 && number("SELECT count(*) FROM sqlite_schema") == 0;
+  if (!is_new && application != kApplicationId) fail("is not a state file of vek");
+  if (found > version) fail("was written by a newer vek");
+  return found == version;
+}
+
+void Store::upgrade(std::span<const Schema> schemas, int64_t version) {
+  run("CREATE TABLE IF NOT EXISTS schema_part (part INTEGER PRIMARY KEY, steps INTEGER NOT NULL)");
+  for (const Schema& schema : schemas) {
+    const auto done =
+        static_cast<size_t>(number("SELECT steps FROM schema_part WHERE part = ?", schema.part));
+    if (done >= schema.steps.size()) continue;
+    for (const char* step : schema.steps.subspan(done)) run(step);
+    execute("INSERT OR REPLACE INTO schema_part VALUES (?, ?)", schema.part, schema.steps.size());
+  }
+  // Settings of the file take no '?'.
+  run(("PRAGMA application_id = " + std::to_string(kApplicationId)).c_str());
+  run(("PRAGMA user_version = " + std::to_string(version)).c_str());
+}
+
+void Store::fail(const char* why) const {
+  throw StoreError(std::string(sqlite3_db_filename(database_, "main")) + ": " + why);
+}

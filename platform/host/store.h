@@ -1,0 +1,147 @@
+// The state store: what the host library remembers, in SQLite files of the state folder.
+#pragma once
+
+#include <sqlite3.h>
+
+#include <cstdint>
+#include <cstring>
+#include <exception>
+#include <span>
+#include <string>
+#include <string_view>
+#include <type_traits>
+
+// The store cannot be used: the text says which file and why.
+class StoreError : public std::exception {
+ public:
+  explicit StoreError(std::string text) : text_(std::move(text)) {}
+  const char* what() const noexcept override { return text_.c_str(); }
+
+ private:
+  std::string text_;
+};
+
+// The text in a record's field, which ends at its NUL or with the field.
+template <size_t kSize>
+std::string_view text(const char (&field)[kSize]) {
+  return {field, strnlen(field, kSize)};
+}
+
+template <size_t kSize>
+void copy_text(char (&field)[kSize], std::string_view value) {
+  const size_t length = value.size() < kSize ? value.size() : kSize - 1;
+  memcpy(field, value.data(), length);
+  memset(field + length, 0, kSize - length);
+}
+
+// A query under way.
+class Statement {
+ public:
+  Statement(sqlite3* database, std::string_view sql);
+  template <typename... Values>
+  Statement(sqlite3* database, std::string_view sql, const Values&... values) : Statement(database, sql) {
+    int index = 0;
+    (bind(++index, values), ...);
+  }
+  ~Statement() { sqlite3_finalize(statement_); }
+  Statement(const Statement&) = delete;
+  Statement& operator=(const Statement&) = delete;
+
+  // Steps to the next row; false at the end.
+  bool next();
+
+  // The row's columns in their order: numbers, texts (char[N], std::string) and byte fields (uint8_t[N]).
+  template <typename... Fields>
+  void read(Fields&... fields) const {
+    int column = 0;
+    (get(column++, fields), ...);
+  }
+
+ private:
+  template <typename Number>
+  requires std::is_integral_v<Number> || std::is_enum_v<Number>
+  void bind(int index, Number value) {
+    check(sqlite3_bind_int64(statement_, index, static_cast<int64_t>(value)));
+  }
+  void bind(int index, std::string_view value);
+  template <size_t kSize>
+  void bind(int index, const char (&field)[kSize]) {
+    bind(index, text(field));
+  }
+  template <size_t kSize>
+  void bind(int index, const uint8_t (&field)[kSize]) {
+    check(sqlite3_bind_blob(statement_, index, field, kSize, SQLITE_TRANSIENT));
+  }
+
+  template <typename Number>
+  requires std::is_integral_v<Number>
+  void get(int column, Number& value) const {
+    value = static_cast<Number>(sqlite3_column_int64(statement_, column));
+  }
+  void get(int column, std::string& value) const { value = column_text(column); }
+  template <size_t kSize>
+  void get(int column, char (&field)[kSize]) const {
+    copy_text(field, column_text(column));
+  }
+  template <size_t kSize>
+  void get(int column, uint8_t (&field)[kSize]) const {
+    memset(field, 0, kSize);
+    const auto stored = static_cast<size_t>(sqlite3_column_bytes(statement_, column));
+    if (stored > 0) memcpy(field, sqlite3_column_blob(statement_, column), stored < kSize ? stored : kSize);
+  }
+  std::string_view column_text(int column) const;
+
+  void check(int code) const;
+
+  sqlite3_stmt* statement_ = nullptr;
+};
+
+// What one part of the system keeps in a file: the steps that bring its tables from nothing to their present
+// shape. A step that has been shipped never changes; a table changes by one more step.
+struct Schema {
+  uint32_t part;
+  std::span<const char* const> steps;
+};
+
+enum Access { kReads, kWrites };
+
+// One transaction on a file of the store. What is not committed when the object goes was never done.
+class Store {
+ public:
+  // Opens the file, makes it or brings its tables up to date where necessary, and begins. Transactions that
+  // write wait for each other here, and nowhere else.
+  Store(const char* name, std::span<const Schema> schemas, Access access);
+  ~Store() { sqlite3_close(database_); }
+  Store(const Store&) = delete;
+  Store& operator=(const Store&) = delete;
+
+  // Ends the transaction. When this returns, what was written outlives a power failure.
+  void commit() { run("COMMIT"); }
+
+  // Statements with a value for each of their '?', for reading and for changing (returns the rows changed).
+  template <typename... Values>
+  Statement query(const char* sql, const Values&... values) {
+    return Statement(database_, sql, values...);
+  }
+  template <typename... Values>
+  int execute(const char* sql, const Values&... values) {
+    query(sql, values...).next();
+    return sqlite3_changes(database_);
+  }
+  // The number in the first column of the first row; 0 when there is none.
+  template <typename... Values>
+  int64_t number(const char* sql, const Values&... values) {
+    Statement statement = query(sql, values...);
+    int64_t value = 0;
+    if (statement.next()) statement.read(value);
+    return value;
+  }
+
+ private:
+  void run(const char* sql);
+  bool is_current(int64_t version);
+  void upgrade(std::span<const Schema> schemas, int64_t version);
+  [[noreturn]] void fail(const char* why) const;
+
+  sqlite3* database_ = nullptr;
+};
