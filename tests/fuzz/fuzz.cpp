@@ -1,0 +1,101 @@
+// Fuzz target: any words on the command line, any answer from the kernel modules.
+//
+// An input is a number of words, the words (a length and that many bytes each), and the answers: for each
+// call of the gateway a byte for what it returns, the result code, and pieces (offset, length, bytes) that
+// are written over the record.
+#include <sys/types.h>
+
+#include <algorithm>
+#include <cstdint>
+#include <cstdlib>
+#include <cstring>
+#include <memory>
+#include <vector>
+
+#include "main/command.h"
+#include "platform/order.h"
+#include "script.h"
+
+namespace {
+
+class Input {
+ public:
+  Input(const uint8_t* data, size_t size) : at_(data), left_(size) {}
+
+  bool empty() const { return left_ == 0; }
+  template <typename T>
+  T number() {
+    T value = 0;
+    take(&value, sizeof value);
+    return value;
+  }
+  // Copies up to `size` bytes; what is missing stays as it was.
+  size_t take(void* destination, size_t size) {
+    size = size < left_ ? size : left_;
+    if (size == 0) return 0;
+    memcpy(destination, at_, size);
+    at_ += size;
+    left_ -= size;
+    return size;
+  }
+
+ private:
+  const uint8_t* at_;
+  size_t left_;
+};
+
+Input answers(nullptr, 0);
+
+// A word in storage of its own size, so that the sanitizer sees a step beyond it.
+std::unique_ptr<char[]> read_word(Input& input) {
+  size_t length = input.number<uint8_t>();
+  if (length == 255) length = 20 * size_t{input.number<uint8_t>()};
+  std::vector<char> bytes(length, 'x');
+  bytes.resize(input.take(bytes.data(), length));
+  auto word = std::make_unique<char[]>(bytes.size() + 1);
+  std::copy(bytes.begin(), bytes.end(), word.get());
+  return word;
+}
+
+}  // namespace
+
+const char* const tvlret_err_str[52] = {nullptr, "an error"};
+
+int tesvel_order_opt_fun(void* record, uint32_t length) {
+  auto pieces = answers.number<uint8_t>();
+  if (pieces == 255) return -1;
+  auto* bytes = static_cast<uint8_t*>(record);
+  for (; pieces > 0 && !answers.empty(); --pieces) {
+    const uint32_t offset = answers.number<uint32_t>() % length;
+    const uint32_t size = answers.number<uint8_t>();
+    answers.take(bytes + offset, size < length - offset ? size : length - offset);
+  }
+  return 0;
+}
+
+void log_call(const char*, ...) {}
+
+long next_answer(const char*, void* destination, size_t room) {
+  const auto number = answers.number<int8_t>();
+  const size_t size = answers.number<uint16_t>();
+  if (room > 0) answers.take(destination, size < room ? size : room);
+  return number;
+}
+
+extern "C" void* fuzz_mmap(void*, size_t size, int, int, int, off_t) { return calloc(1, size); }
+extern "C" int fuzz_munmap(void* pages, size_t) {
+  free(pages);
+  return 0;
+}
+
+extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
+  Input input(data, size);
+  const size_t count = input.number<uint8_t>() % 32;
+  std::vector<std::unique_ptr<char[]>> words;
+  for (size_t i = 0; i < count; ++i) words.push_back(read_word(input));
+  const auto argv = std::make_unique<char*[]>(count + 1);
+  for (size_t i = 0; i < count; ++i) argv[i] = words[i].get();
+  answers = input;
+  run_command(static_cast<int>(count), argv.get());
+  return 0;
+}

@@ -1,0 +1,81 @@
+// Child processes and temporary folders of the tests.
+#include "support/process.h"
+
+#include <fcntl.h>
+#include <poll.h>
+#include <spawn.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <array>
+#include <cerrno>
+#include <cstdlib>
+#include <filesystem>
+#include <system_error>
+
+namespace {
+
+[[noreturn]] void fail(const char* what) { throw std::system_error(errno, std::generic_category(), what); }
+
+// Reads both pipes until their writers are gone, so that neither can fill up and block the child.
+void drain(int out_fd, int err_fd, RunResult& result) {
+  std::array<pollfd, 2> fds = {{{out_fd, POLLIN, 0}, {err_fd, POLLIN, 0}}};
+  std::array<std::string*, 2> texts = {&result.out, &result.err};
+  std::array<char, 65536> buffer;
+  while (fds[0].fd >= 0 || fds[1].fd >= 0) {
+    if (poll(fds.data(), fds.size(), -1) < 0 && errno != EINTR) fail("poll");
+    for (size_t i = 0; i < fds.size(); ++i) {
+      if (fds[i].fd < 0 || fds[i].revents == 0) continue;
+      const ssize_t got = read(fds[i].fd, buffer.data(), buffer.size());
+      if (got > 0) {
+        texts[i]->append(buffer.data(), static_cast<size_t>(got));
+      } else if (got == 0) {
+        close(fds[i].fd);
+        fds[i].fd = -1;
+      } else if (errno != EINTR) {
+        fail("read");
+      }
+    }
+  }
+}
+
+}  // namespace
+
+RunResult run(const std::vector<std::string>& argv, const std::vector<std::string>& extra_env) {
+  std::vector<char*> words;
+  for (const std::string& word : argv) words.push_back(const_cast<char*>(word.c_str()));
+  words.push_back(nullptr);
+  std::vector<char*> env;
+  for (const std::string& setting : extra_env) env.push_back(const_cast<char*>(setting.c_str()));
+  for (char** setting = environ; *setting != nullptr; ++setting) env.push_back(*setting);
+  env.push_back(nullptr);
+
+  int out[2];
+  int err[2];
+  if (pipe2(out, O_CLOEXEC) != 0 || pipe2(err, O_CLOEXEC) != 0) fail("pipe");
+  posix_spawn_file_actions_t actions;
+  posix_spawn_file_actions_init(&actions);
+  posix_spawn_file_actions_addopen(&actions, STDIN_FILENO, "/dev/null", O_RDONLY, 0);
+  posix_spawn_file_actions_adddup2(&actions, out[1], STDOUT_FILENO);
+  posix_spawn_file_actions_adddup2(&actions, err[1], STDERR_FILENO);
+  pid_t child = 0;
+  const int error = posix_spawn(&child, words[0], &actions, nullptr, words.data(), env.data());
+  posix_spawn_file_actions_destroy(&actions);
+  close(out[1]);
+  close(err[1]);
+  if (error != 0) throw std::system_error(error, std::generic_category(), argv[0]);
+
+  RunResult result;
+  drain(out[0], err[0], result);
+  int status = 0;
+  if (waitpid(child, &status, 0) != child) fail("waitpid");
+  result.status = WIFEXITED(status) ? WEXITSTATUS(status) : 128 + WTERMSIG(status);
+  return result;
+}
+
+TempFolder::TempFolder() {
+  path_ = (std::filesystem::temp_directory_path() / "vek-test-XXXXXX").string();
+  if (mkdtemp(path_.data()) == nullptr) fail("mkdtemp");
+}
+
+TempFolder::~TempFolder() { std::filesystem::remove_all(path_); }

@@ -1,0 +1,28 @@
+// Runs a program for a test and gathers what it wrote.
+#pragma once
+
+#include <string>
+#include <vector>
+
+struct RunResult {
+  std::string out;
+  std::string err;
+  int status = 0;  // exit status, or 128 and the signal that ended it
+};
+
+// argv[0] is the program's path. extra_env ("NAME=value") comes on top of this process's environment.
+RunResult run(const std::vector<std::string>& argv, const std::vector<std::string>& extra_env = {});
+
+// A folder of its own under the system's temporary folder, removed with all in it at the end.
+class TempFolder {
+ public:
+  TempFolder();
+  ~TempFolder();
+  TempFolder(const TempFolder&) = delete;
+  TempFolder& operator=(const TempFolder&) = delete;
+  const std::string& path() const { return path_; }
+  std::string file(const std::string& name) const { return path_ + "/" + name; }
+
+ private:
+  std::string path_;
+};
