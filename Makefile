@@ -1,0 +1,53 @@
+# The front door: everything is one word here; CMake and its presets do the work.
+
+BUILD := build
+JOBS := $(shell nproc)
+FUZZ_SECONDS ?= 60
+
+all: $(BUILD)/build.ninja
+	cmake --build $(BUILD)
+
+$(BUILD)/build.ninja: CMakePresets.json
+	scripts/install-deps build
+	cmake --preset release
+
+demo: all
+	scripts/demo $(BUILD)/vek
+
+test: all
+	ctest --test-dir $(BUILD) --output-on-failure -j $(JOBS)
+
+# The static programs, and the cases of the tool against both of them.
+musl:
+	scripts/install-deps build cross
+	cmake --preset musl && cmake --build $(BUILD)/musl
+	cmake --preset aarch64-musl && cmake --build $(BUILD)/aarch64-musl
+
+test-cross: all musl
+	VEK_TEST_BINARY=$(CURDIR)/$(BUILD)/musl/vek \
+	  ctest --test-dir $(BUILD) -L tool --output-on-failure -j $(JOBS)
+	VEK_TEST_BINARY=$(CURDIR)/$(BUILD)/aarch64-musl/vek VEK_TEST_RUNNER=/usr/bin/qemu-aarch64-static \
+	  ctest --test-dir $(BUILD) -L tool --output-on-failure -j $(JOBS)
+
+bench: all musl
+	scripts/install-deps bench
+	cmake --build $(BUILD) --target empty peak
+	cmake --build $(BUILD)/musl --target empty
+	bench/run $(BUILD)
+
+fuzz:
+	scripts/install-deps build fuzz
+	cmake --preset fuzz && cmake --build $(BUILD)/fuzz --target vek_fuzz
+	tests/fuzz/run $(BUILD)/fuzz/vek_fuzz $(FUZZ_SECONDS)
+
+lint: all
+	scripts/install-deps lint
+	scripts/lint $(BUILD)
+
+install: all
+	cmake --install $(BUILD)
+
+clean:
+	rm -rf $(BUILD)
+
+.PHONY: all demo test musl test-cross bench fuzz lint install clean

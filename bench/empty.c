@@ -1,0 +1,2 @@
+// The least that a process can do.
+int main(void) { return 0; }
