@@ -20,7 +20,11 @@ class Args {
     return word == nullptr ? "" : word;
   }
   bool is(int index, std::string_view word) const { return word == (*this)[index]; }
-  uint32_t number(int index) const { return J_atoi((*this)[index]); }
+  // Cut to the width of the field that it goes into.
+  template <typename Number = uint32_t>
+  Number number(int index) const {
+    return static_cast<Number>(J_atoi((*this)[index]));
+  }
 
  private:
   int argc_;
