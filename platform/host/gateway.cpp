@@ -5,7 +5,6 @@
 #include "module.h"
 #include "modules/modules.h"
 #include "platform/order.h"
-#include "settings.h"
 
 namespace {
 
@@ -15,9 +14,7 @@ void handle(Order& order) {
   const auto command = std::ranges::find(module->commands, order.command(), &Command::number);
   if (command == module->commands.end()) throw Refusal{kUnknownCommand};
 
-  std::vector<Schema> schemas = {kSettingsSchema};
-  for (const Module* each : all_modules()) schemas.push_back({each->number, each->schema});
-  Store store("state.db", schemas, command->access);
+  Store store = open_state(command->access);
   command->run(store, order);
   store.commit();
 }

@@ -39,6 +39,10 @@ std::vector<std::string> linux_interfaces() {
   return names;
 }
 
+bool linux_has_interface(std::string_view name) {
+  return is_interface_name(name) && if_nametoindex(std::string(name).c_str()) != 0;
+}
+
 uint32_t linux_interface_flags(std::string_view name) {
   const int socket_fd = socket(AF_INET, SOCK_DGRAM | SOCK_CLOEXEC, 0);
   if (socket_fd < 0) return 0;

@@ -13,6 +13,8 @@ bool is_interface_name(std::string_view name);
 // The names of all interfaces but the loopback.
 std::vector<std::string> linux_interfaces();
 
+bool linux_has_interface(std::string_view name);
+
 // Below, an interface that Linux does not have has the value 0.
 uint32_t linux_interface_flags(std::string_view name);
 

@@ -2,6 +2,9 @@
 #include "modules/modules.h"
 
 #include <algorithm>
+#include <vector>
+
+#include "settings.h"
 
 namespace {
 
@@ -16,6 +19,12 @@ constexpr const Module* kModules[] = {
 }  // namespace
 
 std::span<const Module* const> all_modules() { return kModules; }
+
+Store open_state(Access access) {
+  std::vector<Schema> schemas = {kSettingsSchema};
+  for (const Module* module : kModules) schemas.push_back({module->number, module->schema});
+  return Store("state.db", schemas, access);
+}
 
 const Module* find_module(uint32_t number) {
   const auto found = std::ranges::find(kModules, number, [](const Module* module) { return module->number; });

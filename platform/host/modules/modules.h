@@ -12,5 +12,8 @@ extern const Module kFlushModule;
 
 std::span<const Module* const> all_modules();
 
+// Begins a transaction on the state that the modules share.
+Store open_state(Access access);
+
 // Null when there is no module of this number.
 const Module* find_module(uint32_t number);
