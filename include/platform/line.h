@@ -1,4 +1,9 @@
 // Lines (uplinks), their names and protocols, and the services that go with them.
+//
+// Lines are numbered from 0: 0 to 120 are the lines of WAN interfaces, 121 to 255 the VPN links, entry 0
+// first. On a plain host an interface that is marked as WAN becomes the line with the lowest number that is
+// free, and stays it until it loses the mark.
+//
 // Texts returned belong to the library, stay as they are until the next call of the same function, and must
 // not be freed or written to.
 #pragma once
@@ -18,8 +23,8 @@ int vek_get_wan_proto(const char* name);
 const char* tvl_get_wan_name(uint32_t line);
 
 // The parameter-store key (see nvram.h) that holds the device name of entry `index`, counted from 0, of the
-// family `name`; the one family in use is "vpn_link". Null when the family or the entry is unknown, or `name`
-// is null.
+// family `name`; the one family in use is "vpn_link", with entries 0 to 134. Null when the family or the
+// entry is unknown, or `name` is null.
 const char* tvl_vpnget(const char* name, uint32_t index);
 
 // The value of a parameter-store key, or its factory default where it was never set. Null when there is

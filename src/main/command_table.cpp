@@ -34,10 +34,10 @@ constexpr CommandEntry kCommandTable[] = {
     {"arp", cmd_arp, "set get add del list delall"},
     {"dns", nullptr,
      "set get list type_add type_mod type_get type_del dnsc_clear getip special_debug info debug url"},
-    {"qos", nullptr,
+    {"qos", cmd_qos,
      "set get state speed_set typelist spset splist sprule dns_ip ext_set ext_get level skb devinfo\n\t "
      "sb_tj_init ip_rule_list speed_limit speed_coeff"},
-    {"mr", nullptr, "mode onlywan get jh val dns zc list lr_add lr_del lr_list flow"},
+    {"mr", cmd_mr, "mode onlywan get jh val dns zc list lr_add lr_del lr_list flow"},
     {"dhcp", nullptr, "add del show member_list bind"},
     {"dhcp_reserve", nullptr, "add del delall show "},
     {"dhcp_not_assign", nullptr, "add del delall show "},

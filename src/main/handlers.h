@@ -6,5 +6,7 @@
 int cmd_errinfo(int argc, char** argv, const CommandEntry* entry);
 int cmd_devmg(int argc, char** argv, const CommandEntry* entry);
 int cmd_arp(int argc, char** argv, const CommandEntry* entry);
+int cmd_qos(int argc, char** argv, const CommandEntry* entry);
+int cmd_mr(int argc, char** argv, const CommandEntry* entry);
 int cmd_malloc(int argc, char** argv, const CommandEntry* entry);
 int cmd_fls(int argc, char** argv, const CommandEntry* entry);
