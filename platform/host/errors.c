@@ -24,4 +24,5 @@ __attribute__((visibility("default"))) const char* const tvlret_err_str[52] = {
     [kBadAddress] = "bad address",
     [kBadName] = "bad name",
     [kNotALine] = "interface is not a line",
+    [kNoSuchRoute] = "no such route",
 };

@@ -27,6 +27,7 @@ enum Result {
   kBadAddress,
   kBadName,
   kNotALine,
+  kNoSuchRoute,
 };
 
 #ifdef __cplusplus

@@ -9,12 +9,16 @@
 namespace {
 
 // Tables are made in this order: one that another refers to comes first.
+// clang-format off
 constexpr const Module* kModules[] = {
     &kGeneralModule,
     &kDevmgModule,
     &kArpModule,
     &kFlushModule,
+    &kMrModule,
+    &kQosModule,
 };
+// clang-format on
 
 }  // namespace
 

@@ -9,6 +9,8 @@ extern const Module kGeneralModule;
 extern const Module kDevmgModule;
 extern const Module kArpModule;
 extern const Module kFlushModule;
+extern const Module kMrModule;
+extern const Module kQosModule;
 
 std::span<const Module* const> all_modules();
 

@@ -1,0 +1,311 @@
+// Multi-line selection (module 10): the lines, each of them a WAN interface of the registry, with their
+// settings, and the routes that pin traffic to a line. Who uses which line only packets would tell, so the
+// counts of hosts and connections stay 0. IPv4 addresses are kept as they travel.
+#include "modules/mr.h"
+
+#include <arpa/inet.h>
+
+#include "modules/devmg.h"
+#include "modules/general.h"
+#include "modules/modules.h"
+#include "net/mr_records.h"
+#include "platform/address.h"
+#include "settings.h"
+
+namespace {
+
+constexpr int kMaxRoutes = 1024;
+
+void check_switch(uint32_t value) {
+  if (value > 1) throw Refusal{kBadValue};
+}
+
+void set_balance(Store& store, const LineRecord& line) {
+  check_switch(line.jh);
+  check_switch(line.ppp_demand);
+  if (line.wan_proto == 0) throw Refusal{kBadValue};
+  store.execute(
+      "UPDATE line SET jh = ?, host_num = ?, wan_proto = ?, ppp_demand = ?, ct_num = ? WHERE wanid = ?",
+      line.jh, line.host_num, line.wan_proto, line.ppp_demand, line.ct_num, line.wanid);
+}
+
+void set_weight(Store& store, const LineRecord& line) {
+  check_switch(line.is_qosval);
+  store.execute("UPDATE line SET val = ?, is_qosval = ? WHERE wanid = ?", line.val, line.is_qosval,
+                line.wanid);
+}
+
+void set_flow(Store& store, const LineRecord& line) {
+  check_switch(line.flow_limit);
+  store.execute("UPDATE line SET flow_limit = ? WHERE wanid = ?", line.flow_limit, line.wanid);
+}
+
+void set_dns(Store& store, const LineRecord& line) {
+  store.execute(
+      "UPDATE line SET dns_prio = ?, dns4_1 = ?, dns4_2 = ?, dns4_3 = ?, dns6_1 = ?, dns6_2 = ?, dns6_3 = ? "
+      "WHERE wanid = ?",
+      line.prio, line.dns4[0], line.dns4[1], line.dns4[2], line.dns6[0], line.dns6[1], line.dns6[2],
+      line.wanid);
+}
+
+// Detection runs from when it is set with its switch on until it is stopped.
+void set_detection(Store& store, uint16_t wanid, const LineDetection& zc) {
+  check_switch(zc.en);
+  if (zc.act < 1 || zc.act > 2) throw Refusal{kBadValue};
+  store.execute(
+      "INSERT OR REPLACE INTO line_zc VALUES (?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?)",
+      wanid, zc.en, zc.en, zc.act, zc.tm, zc.times, zc.sd, zc.gw, zc.second_ip, zc.target_ips[0],
+      zc.target_ips[1], zc.target_ips[2], zc.target_names[0], zc.target_names[1], zc.target_names[2],
+      zc.mobile, zc.option, zc.option_text, zc.option_ip);
+}
+
+void stop_detection(Store& store, uint16_t wanid) {
+  if (store.execute("UPDATE line_zc SET state = 0 WHERE wanid = ? AND state = 1", wanid) == 0) {
+    throw Refusal{kNotRunning};
+  }
+}
+
+void count_change(Store& store, uint16_t wanid) {
+  store.execute("UPDATE line SET change_id = change_id + 1 WHERE wanid = ?", wanid);
+}
+
+void set_line(Store& store, const LineRecord& line) {
+  require_line(store, line.wanid);
+  switch (line.operation) {
+    case kLineBalance:
+      set_balance(store, line);
+      break;
+    case kLineWeight:
+      set_weight(store, line);
+      break;
+    case kLineDetect:
+      set_detection(store, line.wanid, line.zc);
+      break;
+    case kLineDns:
+      set_dns(store, line);
+      break;
+    case kLineDetectStop:
+      stop_detection(store, line.wanid);
+      break;
+    case kLineFlow:
+      set_flow(store, line);
+      break;
+    default:
+      throw Refusal{kBadValue};
+  }
+  count_change(store, line.wanid);
+}
+
+void set_ipv6(Store& store, const LineIpv6& ipv6) {
+  require_line(store, ipv6.wanid);
+  store.execute("UPDATE line SET state_v6 = ? WHERE wanid = ?", ipv6.state, ipv6.wanid);
+  count_change(store, ipv6.wanid);
+}
+
+void set_ula(Store& store, const LineUla& ula) {
+  require_line(store, ula.wanid);
+  const bool is_unique_local = (ula.prefix[0] & 0xfe) == 0xfc;
+  if (!is_unique_local) throw Refusal{kBadAddress};
+  if (ula.prefix_length > 128) throw Refusal{kBadValue};
+  store.execute("UPDATE line SET ula = ?, ula_length = ? WHERE wanid = ?", ula.prefix, ula.prefix_length,
+                ula.wanid);
+  count_change(store, ula.wanid);
+}
+
+// A line is up once its interface is done; a line that takes its weight from QoS weighs what its interface is
+// shaped to.
+void list(Store& store, Order& order) {
+  ListAnswer<LineEntry> answer(order);
+  Statement row = store.query(
+      "SELECT wanid, jh, interface.flags & ? <> 0, is_qosval, wan_proto, change_id, ppp_demand, state_v6,"
+      "  flow_limit, val, iif(is_qosval, qos_device.up + qos_device.down, 0), qos_device.up, qos_device.down,"
+      "  host_num, ct_num, dns4_1, dns4_2, dns4_3, dns6_1, dns6_2, dns6_3, dns_prio, create_tm, ula,"
+      "  ula_length, zc.state, zc.en, zc.act, zc.tm, times, sd, gw, second_ip, ip1, ip2, ip3, name1, name2,"
+      "  name3, mobile, option, option_text, option_ip "
+      "FROM line JOIN interface USING (dev) LEFT JOIN line_zc AS zc USING (wanid)"
+      "  LEFT JOIN qos_device USING (dev) ORDER BY wanid",
+      kInterfaceLineUp);
+  while (row.next()) {
+    LineEntry line = {};
+    LineDetection& zc = line.zc;
+    row.read(line.wanid, line.jh, line.state_v4, line.chk_qosval, line.wan_proto, line.change_id,
+             line.ppp_demand, line.state_v6, line.flow_limit, line.val, line.qos_val, line.qos_speed[0],
+             line.qos_speed[1], line.host_num, line.ct_limit_num, line.dns4[0], line.dns4[1], line.dns4[2],
+             line.dns6[0], line.dns6[1], line.dns6[2], line.dns_pri, line.create_tm, line.ula,
+             line.ula_length, zc.state, zc.en, zc.act, zc.tm, zc.times, zc.sd, zc.gw, zc.second_ip,
+             zc.target_ips[0], zc.target_ips[1], zc.target_ips[2], zc.target_names[0], zc.target_names[1],
+             zc.target_names[2], zc.mobile, zc.option, zc.option_text, zc.option_ip);
+    answer.add(line);
+  }
+}
+
+void set_mode(Store& store, const LineMode& mode) {
+  if (mode.type < kByHost || mode.type > kByWeights) throw Refusal{kBadValue};
+  set_setting(store, kModuleMr, "type", mode.type);
+  set_setting(store, kModuleMr, "zn_val", mode.zn_val);
+  set_setting(store, kModuleMr, "ct_rule_name", mode.ct_rule_name);
+}
+
+void set_only_wan(Store& store, const LineMode& mode) {
+  check_switch(mode.onlywan);
+  check_switch(mode.onlywan_tcp);
+  set_setting(store, kModuleMr, "onlywan", mode.onlywan);
+  set_setting(store, kModuleMr, "onlywan_tcp", mode.onlywan_tcp);
+}
+
+void get_mode(Store& store, LineMode& mode) {
+  mode.type = get_setting(store, kModuleMr, "type", kByHost);
+  mode.onlywan = get_setting(store, kModuleMr, "onlywan");
+  mode.onlywan_tcp = get_setting(store, kModuleMr, "onlywan_tcp");
+  mode.zn_val = get_setting(store, kModuleMr, "zn_val");
+  mode.ct_rule_name = get_setting(store, kModuleMr, "ct_rule_name");
+}
+
+void check_mask(uint32_t mask) {
+  const uint32_t host_bits = ~ntohl(mask);
+  if ((host_bits & (host_bits + 1)) != 0) throw Refusal{kBadAddress};
+}
+
+void add_route(Store& store, const LineRoute& route) {
+  require_line(store, route.wanid);
+  check_mask(route.srcmask);
+  check_mask(route.dstmask);
+  if (store.execute("INSERT OR IGNORE INTO line_route VALUES (?, ?, ?, ?, ?, ?)", route.wanid, route.prio,
+                    route.src, route.srcmask, route.dst, route.dstmask) == 0) {
+    throw Refusal{kAlreadyThere};
+  }
+  if (store.number("SELECT count(*) FROM line_route") > kMaxRoutes) throw Refusal{kTableFull};
+}
+
+// The order names no more than the line: all its routes go.
+void del_routes(Store& store, const LineRoute& route) {
+  require_line(store, route.wanid);
+  if (store.execute("DELETE FROM line_route WHERE wanid = ?", route.wanid) == 0) {
+    throw Refusal{kNoSuchRoute};
+  }
+}
+
+void list_routes(Store& store, Order& order) {
+  ListAnswer<LineRoute> answer(order);
+  Statement row = store.query(
+      "SELECT wanid, prio, src, srcmask, dst, dstmask FROM line_route ORDER BY prio, wanid, rowid");
+  while (row.next()) {
+    LineRoute route = {};
+    row.read(route.wanid, route.prio, route.src, route.srcmask, route.dst, route.dstmask);
+    answer.add(route);
+  }
+}
+
+// The command answers nothing but its result, so the servers, those to be asked first in front, go where
+// errinfo finds them.
+void report_dns(Store& store) {
+  std::string report = "dns servers:";
+  Statement row = store.query(
+      "SELECT wanid, dns4_1, dns4_2, dns4_3, dns6_1, dns6_2, dns6_3 FROM line ORDER BY dns_prio, wanid");
+  while (row.next()) {
+    LineRecord line = {};
+    row.read(line.wanid, line.dns4[0], line.dns4[1], line.dns4[2], line.dns6[0], line.dns6[1], line.dns6[2]);
+    std::string servers;
+    char ip[64];
+    for (const uint32_t server : line.dns4) {
+      if (server != 0) servers += std::string(" ") + IpToStr(ip, server);
+    }
+    for (const auto& server : line.dns6) {
+      if (server[0] != 0) servers += std::string(" ") + Ip6ToStr(ip, server);
+    }
+    if (!servers.empty()) report += " line " + std::to_string(line.wanid) + ":" + servers;
+  }
+  store_error_info(store, kModuleMr, report);
+}
+
+// The triggers keep the lines in step with the interfaces marked as WAN (bit 2 of their flags), those of a
+// state from before there were lines included. A line keeps its number until it goes; a new one gets the
+// lowest that is free.
+constexpr const char* kSchema[] = {R"(
+CREATE TABLE line (
+  wanid INTEGER PRIMARY KEY,
+  dev TEXT NOT NULL UNIQUE REFERENCES interface (dev) ON DELETE CASCADE,
+  create_tm INTEGER NOT NULL DEFAULT (unixepoch()),
+  change_id INTEGER NOT NULL DEFAULT 0,
+  jh INTEGER NOT NULL DEFAULT 0,
+  host_num INTEGER NOT NULL DEFAULT 0,
+  wan_proto INTEGER NOT NULL DEFAULT 0,
+  ppp_demand INTEGER NOT NULL DEFAULT 0,
+  ct_num INTEGER NOT NULL DEFAULT 0,
+  flow_limit INTEGER NOT NULL DEFAULT 0,
+  val INTEGER NOT NULL DEFAULT 0,
+  is_qosval INTEGER NOT NULL DEFAULT 0,
+  dns_prio INTEGER NOT NULL DEFAULT 0,
+  dns4_1 INTEGER NOT NULL DEFAULT 0,
+  dns4_2 INTEGER NOT NULL DEFAULT 0,
+  dns4_3 INTEGER NOT NULL DEFAULT 0,
+  dns6_1 BLOB,
+  dns6_2 BLOB,
+  dns6_3 BLOB,
+  state_v6 INTEGER NOT NULL DEFAULT 0,
+  ula BLOB,
+  ula_length INTEGER NOT NULL DEFAULT 0
+);
+INSERT INTO line (wanid, dev) SELECT row_number() OVER (ORDER BY dev_id) - 1, dev FROM interface WHERE flags & 2;
+CREATE TRIGGER line_comes AFTER UPDATE OF flags ON interface WHEN new.flags & 2 BEGIN
+  INSERT OR IGNORE INTO line (wanid, dev) VALUES (
+    (SELECT min(id) + 1 FROM (SELECT -1 AS id UNION ALL SELECT wanid FROM line)
+     WHERE id + 1 NOT IN (SELECT wanid FROM line)), new.dev);
+END;
+CREATE TRIGGER line_goes AFTER UPDATE OF flags ON interface WHEN NOT new.flags & 2 BEGIN
+  DELETE FROM line WHERE dev = new.dev;
+END;
+CREATE TABLE line_zc (
+  wanid INTEGER PRIMARY KEY REFERENCES line (wanid) ON DELETE CASCADE,
+  state INTEGER NOT NULL,
+  en INTEGER NOT NULL,
+  act INTEGER NOT NULL,
+  tm INTEGER NOT NULL,
+  times INTEGER NOT NULL,
+  sd INTEGER NOT NULL,
+  gw INTEGER NOT NULL,
+  second_ip INTEGER NOT NULL,
+  ip1 INTEGER NOT NULL,
+  ip2 INTEGER NOT NULL,
+  ip3 INTEGER NOT NULL,
+  name1 TEXT NOT NULL,
+  name2 TEXT NOT NULL,
+  name3 TEXT NOT NULL,
+  mobile INTEGER NOT NULL,
+  option INTEGER NOT NULL,
+  option_text TEXT NOT NULL,
+  option_ip INTEGER NOT NULL
+);
+CREATE TABLE line_route (
+  wanid INTEGER NOT NULL REFERENCES line (wanid) ON DELETE CASCADE,
+  prio INTEGER NOT NULL,
+  src INTEGER NOT NULL,
+  srcmask INTEGER NOT NULL,
+  dst INTEGER NOT NULL,
+  dstmask INTEGER NOT NULL,
+  UNIQUE (wanid, src, srcmask, dst, dstmask)
+))"};
+
+constexpr Command kCommands[] = {
+    {kMrLine, kWrites, run_as<set_line>},        {kMrMode, kWrites, run_as<set_mode>},
+    {kMrOnlyWan, kWrites, run_as<set_only_wan>}, {kMrGet, kReads, run_as<get_mode>},
+    {kMrRouteAdd, kWrites, run_as<add_route>},   {kMrRouteDel, kWrites, run_as<del_routes>},
+    {kMrRouteList, kReads, run_as<list_routes>}, {kMrDnsCache, kWrites, run_as<report_dns>},
+    {kMrIpv6, kWrites, run_as<set_ipv6>},        {kMrList, kReads, run_as<list>},
+    {kMrUla, kWrites, run_as<set_ula>},
+};
+
+}  // namespace
+
+const Module kMrModule = {kModuleMr, kCommands, kSchema};
+
+std::string line_device(Store& store, uint32_t line) {
+  std::string dev;
+  Statement row = store.query("SELECT dev FROM line WHERE wanid = ?", line);
+  if (row.next()) row.read(dev);
+  return dev;
+}
+
+void require_line(Store& store, uint32_t line) {
+  if (line_device(store, line).empty()) throw Refusal{kUnknownLine};
+}

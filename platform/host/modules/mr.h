@@ -1,0 +1,13 @@
+// The lines of the router, for the modules that keep something for each.
+#pragma once
+
+#include <cstdint>
+#include <string>
+
+#include "store.h"
+
+// The interface of a line, the empty text when there is no such line.
+std::string line_device(Store& store, uint32_t line);
+
+// Refuses an order for a line that does not exist.
+void require_line(Store& store, uint32_t line);

@@ -1,0 +1,303 @@
+// The QoS engine (module 14): what devices are shaped to, the engine's global limits, and the counters of the
+// devices, which are Linux's own. No packet waits in this engine, so its buffers are empty.
+#include <algorithm>
+#include <ctime>
+
+#include "linux_net.h"
+#include "modules/general.h"
+#include "modules/modules.h"
+#include "modules/mr.h"
+#include "settings.h"
+#include "traffic/qos_records.h"
+
+namespace {
+
+constexpr int kMaxDevices = 64;
+constexpr uint32_t kMaxSpeedValue = 99;
+constexpr int64_t kMinReadingMs = 100;
+
+// A device is an interface of the registry, or one that Linux has.
+void require_device(Store& store, std::string_view dev) {
+  if (store.number("SELECT count(*) FROM interface WHERE dev = ?", dev) == 0 && !linux_has_interface(dev)) {
+    throw Refusal{kUnknownDevice};
+  }
+}
+
+void set(Store& store, const QosDevSettings& settings) {
+  require_device(store, text(settings.dev));
+  if (settings.en > 1 || settings.type > 1) throw Refusal{kBadValue};
+  store.execute("INSERT OR REPLACE INTO qos_device VALUES (?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?)",
+                settings.dev, settings.type, settings.en, settings.ge_tm, settings.tcpwin, settings.up,
+                settings.down, settings.up_fast, settings.down_fast, settings.up_ctskb, settings.down_ctskb,
+                settings.up_skb, settings.down_skb, settings.hi_up, settings.hi_down);
+  if (store.number("SELECT count(*) FROM qos_device") > kMaxDevices) throw Refusal{kTableFull};
+}
+
+// Off and all zero for a device that was never set.
+void get(Store& store, QosDevSettings& settings) {
+  require_device(store, text(settings.dev));
+  QosDevSettings found = {};
+  copy_text(found.dev, text(settings.dev));
+  Statement row = store.query("SELECT * FROM qos_device WHERE dev = ?", settings.dev);
+  if (row.next()) {
+    row.read(found.dev, found.type, found.en, found.ge_tm, found.tcpwin, found.up, found.down, found.up_fast,
+             found.down_fast, found.up_ctskb, found.down_ctskb, found.up_skb, found.down_skb, found.hi_up,
+             found.hi_down);
+  }
+  settings = found;
+}
+
+int64_t milliseconds_since_boot() {
+  struct timespec now = {};
+  clock_gettime(CLOCK_BOOTTIME, &now);
+  return int64_t{now.tv_sec} * 1000 + now.tv_nsec / 1'000'000;
+}
+
+// Keeps two readings of a device's counters: the new one takes the place of the older. When the last one is
+// only just over, both stay as they are: the time between them would be too short to divide by.
+void take_reading(Store& store, std::string_view dev, uint64_t up, uint64_t down) {
+  const int64_t now = milliseconds_since_boot();
+  store.execute("DELETE FROM qos_reading WHERE dev = ? AND taken_ms > ?", dev, now);  // before the last boot
+  if (now - store.number("SELECT max(taken_ms) FROM qos_reading WHERE dev = ?", dev) < kMinReadingMs) return;
+  store.execute("INSERT INTO qos_reading VALUES (?, ?, ?, ?)", dev, now, up, down);
+  store.execute(
+      "DELETE FROM qos_reading WHERE dev = ?1 AND taken_ms NOT IN"
+      "  (SELECT taken_ms FROM qos_reading WHERE dev = ?1 ORDER BY taken_ms DESC LIMIT 2)",
+      dev);
+}
+
+// Rates between the two readings; 0 before there are two, and when a counter began anew in between.
+void read_rates(Store& store, std::string_view dev, uint64_t& up, uint64_t& down) {
+  Statement row = store.query(
+      "SELECT max(newer.up - older.up, 0) * 1000 / (newer.taken_ms - older.taken_ms),"
+      "  max(newer.down - older.down, 0) * 1000 / (newer.taken_ms - older.taken_ms) "
+      "FROM qos_reading AS newer JOIN qos_reading AS older USING (dev) "
+      "WHERE dev = ? AND newer.taken_ms > older.taken_ms",
+      dev);
+  if (row.next()) row.read(up, down);
+}
+
+// Up is what the device sends. Linux counts lost packets but not their bytes, and nothing by the type of IP.
+void state(Store& store, QosDevStats& stats) {
+  const std::string_view dev = text(stats.dev);
+  require_device(store, dev);
+  QosDevSettings settings = {};
+  copy_text(settings.dev, dev);
+  get(store, settings);
+
+  QosDevStats found = {};
+  copy_text(found.dev, dev);
+  found.iptype = stats.iptype;
+  found.sp_max_up = settings.up;
+  found.sp_max_down = settings.down;
+  found.up = {linux_interface_counter(dev, "tx_bytes"), linux_interface_counter(dev, "tx_packets")};
+  found.down = {linux_interface_counter(dev, "rx_bytes"), linux_interface_counter(dev, "rx_packets")};
+  found.drop_up.skb = linux_interface_counter(dev, "tx_dropped");
+  found.drop_down.skb = linux_interface_counter(dev, "rx_dropped");
+  take_reading(store, dev, found.up.bytes, found.down.bytes);
+  read_rates(store, dev, found.sp_up, found.sp_down);
+  stats = found;
+}
+
+void forget_readings(Store& store) { store.execute("DELETE FROM qos_reading"); }
+
+void no_queue(Store& store, QosNoQueue& values) {
+  require_device(store, text(values.dev));
+  if (values.is_set != 0) {
+    if (std::max(values.up, values.down) > kMaxSpeedValue) throw Refusal{kBadValue};
+    store.execute("INSERT OR REPLACE INTO qos_no_queue VALUES (?, ?, ?)", values.dev, values.up, values.down);
+    if (store.number("SELECT count(*) FROM qos_no_queue") > kMaxDevices) throw Refusal{kTableFull};
+  }
+  values.up = values.down = 0;
+  Statement row = store.query("SELECT up, down FROM qos_no_queue WHERE dev = ?", values.dev);
+  if (row.next()) row.read(values.up, values.down);
+}
+
+// The words of a record, each kept under its name.
+constexpr const char* kExtNames[] = {
+    "hi_up",  "hi_down",    "ct_num1",    "ct_num2",        "ct_udp_num1",       "ct_udp_num2",
+    "tcpwin", "hi_wait_tm", "ct_wait_tm", "sqos_limit_num", "sqos_ct_limit_num",
+};
+constexpr const char* kWaitNames[] = {
+    "wait N/N", "wait N/H", "wait N/L", "wait H/N", "wait H/H",
+    "wait H/L", "wait L/N", "wait L/H", "wait L/L",
+};
+
+template <typename Record, size_t kCount>
+void set_words(Store& store, const char* const (&names)[kCount], const Record& record) {
+  uint32_t words[kCount];
+  static_assert(sizeof words == sizeof record);
+  memcpy(words, &record, sizeof words);
+  for (size_t i = 0; i < kCount; ++i) set_setting(store, kModuleQos, names[i], words[i]);
+}
+
+template <typename Record, size_t kCount>
+void get_words(Store& store, const char* const (&names)[kCount], Record& record) {
+  uint32_t words[kCount];
+  static_assert(sizeof words == sizeof record);
+  for (size_t i = 0; i < kCount; ++i) words[i] = get_setting(store, kModuleQos, names[i]);
+  memcpy(&record, words, sizeof words);
+}
+
+void ext_set(Store& store, const QosExtSettings& settings) { set_words(store, kExtNames, settings); }
+void ext_get(Store& store, QosExtSettings& settings) { get_words(store, kExtNames, settings); }
+
+void queue_wait(Store& store, QueueWaitMatrix& matrix) {
+  if (matrix.is_set != 0) set_words(store, kWaitNames, matrix.wait);
+  get_words(store, kWaitNames, matrix.wait);
+}
+
+void set_level(Store& store, const QosLevel& level) { set_setting(store, kModuleQos, "level", level.level); }
+
+// No VPN traffic is shaped here, so its rates are 0.
+void vpn_limit(Store& store, QosVpnLimit& vpn) {
+  if (vpn.is_set != 0) set_setting(store, kModuleQos, "vpn_limit", vpn.limit);
+  vpn.limit = get_setting(store, kModuleQos, "vpn_limit");
+  vpn.up = vpn.down = 0;
+}
+
+void speed_limit(Store& store, QosSpeedLimit& limit) {
+  if (limit.off > 1) throw Refusal{kBadValue};
+  if (limit.is_set != 0) set_setting(store, kModuleQos, "speed_limit_off", limit.off);
+  limit.off = get_setting(store, kModuleQos, "speed_limit_off");
+}
+
+void single_ct(Store& store, QosSingleCt& single) {
+  require_line(store, single.iface);
+  if (single.is_set != 0) {
+    store.execute("INSERT OR REPLACE INTO qos_single_ct VALUES (?, ?, ?)", single.iface, single.up,
+                  single.down);
+  }
+  single.up = single.down = 0;
+  Statement row = store.query("SELECT up, down FROM qos_single_ct WHERE wanid = ?", single.iface);
+  if (row.next()) row.read(single.up, single.down);
+}
+
+void get_speed_values(Store& store, QosSpeedValues& speed) {
+  memset(speed.values, 0, sizeof speed.values);
+  Statement row = store.query("SELECT by_line FROM qos_speed_value");
+  if (row.next()) row.read(speed.values);
+}
+
+void set_speed_values(Store& store, const QosSpeedValues& speed) {
+  if (std::ranges::max(speed.values) > kMaxSpeedValue) throw Refusal{kBadValue};
+  store.execute("INSERT OR REPLACE INTO qos_speed_value VALUES (0, ?)", speed.values);
+}
+
+// One value for all lines, whether they exist yet or not.
+void speed_values(Store& store, QosSpeedValues& speed) {
+  if (speed.is_set != 0) set_speed_values(store, speed);
+  get_speed_values(store, speed);
+}
+
+void line_speed_value(Store& store, QosSpeedValues& speed) {
+  require_line(store, speed.line);
+  QosSpeedValues kept = speed;
+  get_speed_values(store, kept);
+  if (speed.is_set != 0) {
+    kept.values[speed.line] = speed.values[speed.line];
+    set_speed_values(store, kept);
+  }
+  speed = kept;
+}
+
+void skb(Store& store, SkbReport& report) {
+  require_device(store, text(report.dev));
+  SkbReport empty = {};
+  copy_text(empty.dev, text(report.dev));
+  report = empty;
+}
+
+// The lines with their interfaces.
+void device_info(Store& store, Order& order) {
+  DevSkbReport report = {};
+  uint32_t offset = sizeof report;
+  Statement row = store.query("SELECT dev, wanid FROM line ORDER BY wanid");
+  while (row.next()) {
+    DevSkb device = {};
+    row.read(device.dev, device.iface);
+    if (!order.answer(device, offset)) break;
+    offset += uint32_t{sizeof device};
+    ++report.count;
+  }
+  order.answer(report);
+}
+
+// Nothing limits single addresses.
+void ip_rule_list(Store&, Order& order) { ListAnswer<QosIpRule> answer(order); }
+
+// Leaves a report where errinfo finds it.
+void debug(Store& store) {
+  const auto count = [&store](const char* sql) { return std::to_string(store.number(sql)); };
+  store_error_info(store, kModuleQos,
+                   "qos: level " + std::to_string(get_setting(store, kModuleQos, "level")) + ", " +
+                       count("SELECT count(*) FROM qos_device WHERE en") + " devices shaped, " +
+                       count("SELECT count(DISTINCT dev) FROM qos_reading") + " devices read");
+}
+
+constexpr const char* kSchema[] = {R"(
+CREATE TABLE qos_device (
+  dev TEXT PRIMARY KEY,
+  type INTEGER NOT NULL,
+  en INTEGER NOT NULL,
+  ge_tm INTEGER NOT NULL,
+  tcpwin INTEGER NOT NULL,
+  up INTEGER NOT NULL,
+  down INTEGER NOT NULL,
+  up_fast INTEGER NOT NULL,
+  down_fast INTEGER NOT NULL,
+  up_ctskb INTEGER NOT NULL,
+  down_ctskb INTEGER NOT NULL,
+  up_skb INTEGER NOT NULL,
+  down_skb INTEGER NOT NULL,
+  hi_up INTEGER NOT NULL,
+  hi_down INTEGER NOT NULL
+) WITHOUT ROWID;
+CREATE TABLE qos_no_queue (
+  dev TEXT PRIMARY KEY,
+  up INTEGER NOT NULL,
+  down INTEGER NOT NULL
+) WITHOUT ROWID;
+CREATE TABLE qos_reading (
+  dev TEXT NOT NULL,
+  taken_ms INTEGER NOT NULL,
+  up INTEGER NOT NULL,
+  down INTEGER NOT NULL,
+  PRIMARY KEY (dev, taken_ms)
+) WITHOUT ROWID;
+CREATE TRIGGER qos_device_goes AFTER DELETE ON interface BEGIN
+  DELETE FROM qos_device WHERE dev = old.dev;
+  DELETE FROM qos_no_queue WHERE dev = old.dev;
+  DELETE FROM qos_reading WHERE dev = old.dev;
+END;
+CREATE TABLE qos_single_ct (
+  wanid INTEGER PRIMARY KEY REFERENCES line (wanid) ON DELETE CASCADE,
+  up INTEGER NOT NULL,
+  down INTEGER NOT NULL
+);
+CREATE TABLE qos_speed_value (id INTEGER PRIMARY KEY CHECK (id = 0), by_line BLOB NOT NULL))"};
+
+constexpr Command kCommands[] = {
+    {kQosSet, kWrites, run_as<set>},
+    {kQosGet, kReads, run_as<get>},
+    {kQosState, kWrites, run_as<state>},
+    {kQosDebug, kWrites, run_as<debug>},
+    {kQosExtSet, kWrites, run_as<ext_set>},
+    {kQosExtGet, kReads, run_as<ext_get>},
+    {kQosLevel, kWrites, run_as<set_level>},
+    {kQosSkb, kReads, run_as<skb>},
+    {kQosDevInfo, kReads, run_as<device_info>},
+    {kQosVpnLimit, kWrites, run_as<vpn_limit>},
+    {kQosSingleCt, kWrites, run_as<single_ct>},
+    {kQosStatisticsInit, kWrites, run_as<forget_readings>},
+    {kQosIpRuleList, kReads, run_as<ip_rule_list>},
+    {kQosSpeedLimit, kWrites, run_as<speed_limit>},
+    {kQosQueueWait, kWrites, run_as<queue_wait>},
+    {kQosSpeedValue, kWrites, run_as<speed_values>},
+    {kQosNoQueue, kWrites, run_as<no_queue>},
+    {kQosLineSpeedValue, kWrites, run_as<line_speed_value>},
+};
+
+}  // namespace
+
+const Module kQosModule = {kModuleQos, kCommands, kSchema, forget_readings};
