@@ -250,7 +250,8 @@ void print_speed_value(const Answer& answer) {
 const char* line_device(uint32_t line) {
   constexpr uint32_t kFirstVpnLine = 121;
   if (line < kFirstVpnLine) return tvl_get_wan_name(line);
-  return nvram_get(tvl_vpnget("vpn_link", line - kFirstVpnLine));
+  const char* const key = tvl_vpnget("vpn_link", line - kFirstVpnLine);
+  return key == nullptr ? nullptr : nvram_get(key);
 }
 
 bool parse_line(SkbReport& report, const Args& args) {
