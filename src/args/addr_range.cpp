@@ -6,55 +6,50 @@
 #include <cstring>
 
 #include "args/address_text.h"
+#include "args/lists.h"
 #include "args/print.h"
-#include "platform/list.h"
+#include "order/answer.h"
 
 namespace {
 
-// The most that the platform's readers can write for a text: one range an item. Only IPv6 items hold a colon.
-size_t most_bytes(std::string_view text) {
-  size_t bytes = 0;
-  while (!text.empty()) {
-    const std::string_view item = text.substr(0, text.find(','));
-    bytes += item.find(':') != item.npos ? sizeof(V6Range) : sizeof(V4Range);
-    text.remove_prefix(std::min(item.size() + 1, text.size()));
+void print_range(const V4Range& range) {
+  const AddressText first = ip_text(ntohl(range.first));
+  if (range.first == range.last) {
+    print("%s,", first.chars);
+  } else {
+    print("%s-%s,", first.chars, ip_text(ntohl(range.last)).chars);
   }
-  return bytes;
+}
+
+void print_range(const V6Range& range) {
+  const AddressText first = ip6_text(range.first);
+  if (memcmp(range.first, range.last, sizeof range.first) == 0) {
+    print("%s,", first.chars);
+  } else {
+    print("%s-%s,", first.chars, ip6_text(range.last).chars);
+  }
 }
 
 }  // namespace
 
 bool fill_addr_ranges(AddrRangeList& list, size_t room, const char* text) {
-  if (most_bytes(text) > room) return false;
-  auto* ranges = reinterpret_cast<uint8_t*>(&list + 1);
-  // The readers take no room argument; the check above is what keeps them inside.
-  list.v4_count = static_cast<uint16_t>(get_iplist_str(ranges, text));
-  list.v6_count = static_cast<uint16_t>(get_ip6list_str(ranges + list.v4_count * sizeof(V4Range), text));
-  list.bytes = static_cast<uint32_t>(list.v4_count * sizeof(V4Range) + list.v6_count * sizeof(V6Range));
+  ListWriter ranges(&list + 1, room);
+  const RangeCounts counts = ranges.add_addresses(text);
+  if (!ranges.fits()) return false;
+  list.v4_count = counts.v4;
+  list.v6_count = counts.v6;
+  list.bytes = ranges.bytes();
   return true;
 }
 
 uint32_t print_addr_ranges(const void* ranges, uint16_t v4_count, uint16_t v6_count) {
-  const auto* at = static_cast<const uint8_t*>(ranges);
-  for (unsigned i = 0; i < v4_count; ++i, at += sizeof(V4Range)) {
-    V4Range range;
-    memcpy(&range, at, sizeof range);
-    const AddressText first = ip_text(ntohl(range.first));
-    if (range.first == range.last) {
-      print("%s,", first.chars);
-    } else {
-      print("%s-%s,", first.chars, ip_text(ntohl(range.last)).chars);
-    }
-  }
-  for (unsigned i = 0; i < v6_count; ++i, at += sizeof(V6Range)) {
-    V6Range range;
-    memcpy(&range, at, sizeof range);
-    const AddressText first = ip6_text(range.first);
-    if (memcmp(range.first, range.last, sizeof range.first) == 0) {
-      print("%s,", first.chars);
-    } else {
-      print("%s-%s,", first.chars, ip6_text(range.last).chars);
-    }
-  }
-  return static_cast<uint32_t>(at - static_cast<const uint8_t*>(ranges));
+  const uint32_t bytes = v4_count * uint32_t{sizeof(V4Range)} + v6_count * uint32_t{sizeof(V6Range)};
+  AnswerCursor cursor(ranges, bytes);
+  print_addr_ranges(cursor, v4_count, v6_count);
+  return bytes;
+}
+
+void print_addr_ranges(AnswerCursor& answer, uint16_t v4_count, uint16_t v6_count) {
+  for (const V4Range& range : answer.entries<V4Range>(v4_count)) print_range(range);
+  for (const V6Range& range : answer.entries<V6Range>(v6_count)) print_range(range);
 }

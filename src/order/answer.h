@@ -8,15 +8,20 @@
 
 #include "order/order_records.h"
 
+// The bytes of a payload, whose record's header holds the length that was allocated.
+inline uint32_t payload_size(const void* payload) {
+  uint32_t length;
+  memcpy(&length, static_cast<const uint8_t*>(payload) - sizeof(OrderRecord) + offsetof(OrderRecord, length),
+         sizeof length);
+  return length - uint32_t{sizeof(OrderRecord)};
+}
+
 class Answer {
  public:
-  // The payload of a record whose header holds the length that was allocated.
-  explicit Answer(const void* payload) : payload_(static_cast<const uint8_t*>(payload)) {
-    uint32_t length;
-    memcpy(&length, payload_ - sizeof(OrderRecord) + offsetof(OrderRecord, length), sizeof length);
-    size_ = length - uint32_t{sizeof(OrderRecord)};
-  }
+  explicit Answer(const void* payload)
+      : payload_(static_cast<const uint8_t*>(payload)), size_(payload_size(payload)) {}
 
+  const uint8_t* payload() const { return payload_; }
   uint32_t room(uint32_t offset) const { return offset < size_ ? size_ - offset : 0; }
 
   // The value at an offset; all zero where the record ends before it does.
@@ -75,4 +80,51 @@ class Answer {
  private:
   const uint8_t* payload_;
   uint32_t size_;
+};
+
+// Walks what follows one another in an answer, records and the lists behind each of them. Where a record or a
+// list claims more than there is, the walk ends: what is left of the record is not taken for anything else.
+class AnswerCursor {
+ public:
+  AnswerCursor(const Answer& answer, uint32_t offset)
+      : AnswerCursor(answer.payload() + (answer.room(offset) > 0 ? offset : 0), answer.room(offset)) {}
+  AnswerCursor(const void* start, uint32_t room) : at_(static_cast<const uint8_t*>(start)), room_(room) {}
+
+  const uint8_t* here() const { return at_; }
+  uint32_t room() const { return room_; }
+
+  // The next value. False, and all zero, where the record ends before it does.
+  template <typename T>
+  bool read(T& value) {
+    const uint8_t* const from = at_;
+    const bool whole = skip(sizeof(T));
+    if (whole) {
+      memcpy(&value, from, sizeof(T));
+    } else {
+      value = {};
+    }
+    return whole;
+  }
+
+  // The next entries, as many as are counted and the record holds.
+  template <typename T>
+  Answer::Entries<T> entries(uint32_t count) {
+    const uint32_t fitting = std::min(count, room_ / uint32_t{sizeof(T)});
+    const Answer::Entries<T> found(at_, fitting);
+    skip(size_t{count} * sizeof(T));
+    return found;
+  }
+
+  // False where the record ends before that.
+  bool skip(size_t bytes) {
+    const bool whole = bytes <= room_;
+    const uint32_t step = whole ? static_cast<uint32_t>(bytes) : room_;
+    at_ += step;
+    room_ -= step;
+    return whole;
+  }
+
+ private:
+  const uint8_t* at_;
+  uint32_t room_;
 };
