@@ -1,53 +1,9 @@
 // The request runner and its reports.
 #include "order/order.h"
 
-#include <sys/mman.h>
-
 #include "args/print.h"
+#include "order/record_storage.h"
 #include "platform/order.h"
-
-namespace {
-
-// Zeroed storage of one record. A short one lies within the caller's frame: mapping a page for it would cost
-// more than all else that a setting does. A long one comes straight from the kernel's zero pages, and those
-// that nobody fills are never touched.
-class RecordStorage {
- public:
-  explicit RecordStorage(uint32_t size) : size_(size) {
-    if (size_ <= sizeof short_) {
-      record_ = short_;
-      memset(short_, 0, sizeof short_);
-      return;
-    }
-    record_ = mmap(nullptr, size_, PROT_READ | PROT_WRITE, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0);
-    if (record_ == MAP_FAILED) record_ = nullptr;
-  }
-  ~RecordStorage() {
-    if (record_ != nullptr && record_ != short_) munmap(record_, size_);
-  }
-  RecordStorage(const RecordStorage&) = delete;
-  RecordStorage& operator=(const RecordStorage&) = delete;
-
-  OrderRecord* record() const { return static_cast<OrderRecord*>(record_); }  // null: no memory
-
- private:
-  uint32_t size_;
-  void* record_;
-  alignas(16) uint8_t short_[1024 + sizeof(OrderRecord)];
-};
-
-int show_answer(OrderRecord* record, PrintFn print_answer) {
-  if (record->result == 0) {
-    if (print_answer == nullptr) {
-      print("ok\n");
-    } else {
-      print_answer(record + 1);  // may find an error of its own and leave it in the header
-    }
-  }
-  return record->result == 0 ? kStatusOk : report_kernel_error(record->result);
-}
-
-}  // namespace
 
 int order_run(int argc, char** argv, uint32_t module, uint32_t command, int32_t buf_size,
               int32_t /*payload_size*/, const char* usage, ParseFn parse, PrintFn print_answer) {
@@ -56,11 +12,7 @@ int order_run(int argc, char** argv, uint32_t module, uint32_t command, int32_t 
       std::min(static_cast<uint32_t>(buf_size) + uint32_t{sizeof(OrderRecord)}, kMaxRecordSize);
   const RecordStorage storage(size);
   OrderRecord* const record = storage.record();
-  if (record == nullptr) {
-    print_order_usage(args, usage);
-    print_error("\t\terr:can't alloc %d bytes buffer!! -- error!\n", size);
-    return kStatusRejected;
-  }
+  if (record == nullptr) return report_no_memory(args, usage, size);
   *record = {.module = module, .length = size, .result = 0, .command = command};
 
   if (parse != nullptr && parse(record + 1, argc, argv) == 0) {
@@ -76,6 +28,23 @@ int order_run(int argc, char** argv, uint32_t module, uint32_t command, int32_t 
   }
   record->length = size;  // whatever the kernel wrote there: readers of the answer go by it
   return show_answer(record, print_answer);
+}
+
+int show_answer(OrderRecord* record, PrintFn print_answer) {
+  if (record->result == 0) {
+    if (print_answer == nullptr) {
+      print("ok\n");
+    } else {
+      print_answer(record + 1);  // may find an error of its own and leave it in the header
+    }
+  }
+  return record->result == 0 ? kStatusOk : report_kernel_error(record->result);
+}
+
+int report_no_memory(const Args& args, const char* usage, uint32_t size) {
+  print_order_usage(args, usage);
+  print_error("\t\terr:can't alloc %d bytes buffer!! -- error!\n", size);
+  return kStatusRejected;
 }
 
 void print_order_usage(const Args& args, const char* usage) {

@@ -27,11 +27,17 @@ constexpr int kStatusKernelError = 3;  // a kernel module refused the order
 int order_run(int argc, char** argv, uint32_t module, uint32_t command, int32_t buf_size,
               int32_t payload_size, const char* usage, ParseFn parse, PrintFn print);
 
+// Prints the answer, or reports the kernel error that it is. Returns the status.
+int show_answer(OrderRecord* record, PrintFn print);
+
 // Reports a kernel error on standard error. Returns its status.
 int report_kernel_error(uint32_t result);
 
 // The report's four fields: tool, command, sub-command and the sub-command's usage.
 void print_order_usage(const Args& args, const char* usage);
+
+// Reports that there is no memory for a record of that size. Returns the status.
+int report_no_memory(const Args& args, const char* usage, uint32_t size);
 
 // A row of a family's table of sub-commands.
 struct SubCommand {

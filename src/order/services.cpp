@@ -2,6 +2,7 @@
 #include <cstdio>
 #include <cstdlib>
 
+#include "args/print.h"
 #include "main/handlers.h"
 #include "order/direct.h"
 
@@ -96,12 +97,7 @@ void print_format(const char* text, size_t length) {
   }
 }
 
-}  // namespace
-
-int cmd_errinfo(int argc, char** argv, const CommandEntry* entry) {
-  const Args args(argc, argv);
-  DirectRequest<6000> request(kModuleGeneral, kErrorInfo);
-  auto& info = request.payload<ErrorInfo>();
+BuildResult build_error_info(ErrorInfo& info, const Args& args) {
   if (args.count() > 2) {
     if (args.is(2, "erase")) {
       info.mode = kErrorInfoErase;
@@ -113,31 +109,44 @@ int cmd_errinfo(int argc, char** argv, const CommandEntry* entry) {
     info.mode = kErrorInfoStore;
     copy_text(info.text, args[3]);
   }
-  if (!request.send()) return report_set_failure(entry);
-  if (request.result() != 0) return report_kernel_error(request.result());
+  return kBuilt;
+}
 
+void print_error_info(const ErrorInfo& info) {
   if (info.mode != kErrorInfoPresent) {
     print("not info\n");
-    return kStatusOk;
+    return;
   }
   print_format(info.text, strnlen(info.text, sizeof info.text));
   print("\nsid:");
   for (int i = 0; i < 32; ++i) print("%02x ", static_cast<uint8_t>(info.text[i]));
-  return kStatusOk;
 }
 
-int cmd_malloc(int, char**, const CommandEntry* entry) {
-  DirectRequest<1024> request(kModuleGeneral, kMemoryReport);
-  if (!request.send()) return report_set_failure(entry);
-  if (request.result() != 0) return report_kernel_error(request.result());
-  print("ok\n");
-  return kStatusOk;
+BuildResult build_flush(FlushRequest& request, const Args& args) {
+  request.number = args.number(2);
+  return kBuilt;
 }
 
-// Silent by design: callers flush and go on, and look at the status at most.
+// clang-format off
+constexpr DirectCommand kErrorInfoCommand =
+    {"", kErrorInfo, 6000, 0, "", build_as<build_error_info>, print_as<print_error_info>, kReportSetFailure};
+constexpr DirectCommand kMemoryReportCommand =
+    {"", kMemoryReport, 1024, 0, "", nullptr, nullptr, kReportSetFailure};
+// Callers flush and go on, and look at the status at most.
+constexpr DirectCommand kFlushCommand =
+    {"", kFlush, 256, 3, "", build_as<build_flush>, nullptr, kSilent};
+// clang-format on
+
+}  // namespace
+
+int cmd_errinfo(int argc, char** argv, const CommandEntry*) {
+  return run_direct(kModuleGeneral, kErrorInfoCommand, argc, argv);
+}
+
+int cmd_malloc(int argc, char** argv, const CommandEntry*) {
+  return run_direct(kModuleGeneral, kMemoryReportCommand, argc, argv);
+}
+
 int cmd_fls(int argc, char** argv, const CommandEntry*) {
-  if (argc < 3) return kStatusRejected;
-  DirectRequest<256> request(kModuleFlush, kFlush);
-  request.payload<FlushRequest>().number = Args(argc, argv).number(2);
-  return request.send() ? kStatusOk : kStatusRejected;
+  return run_direct(kModuleFlush, kFlushCommand, argc, argv);
 }
