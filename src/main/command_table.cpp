@@ -49,7 +49,7 @@ constexpr CommandEntry kCommandTable[] = {
     {"pppoe", nullptr, "set_base set_opt devmg show"},
     {"user", nullptr, "add del list group_add group_del group_list autoscan get_auto voucher_list"},
     {"anyip", cmd_usage_only, "set get list"},
-    {"rule", nullptr, "acc mroute  filter whitelist"},
+    {"rule", cmd_rule, "acc mroute  filter whitelist"},
     {"br", cmd_usage_only, "set get del"},
     {"wssock", cmd_usage_only, "set get"},
     {"wget", nullptr, "download readold"},

@@ -8,5 +8,6 @@ int cmd_devmg(int argc, char** argv, const CommandEntry* entry);
 int cmd_arp(int argc, char** argv, const CommandEntry* entry);
 int cmd_qos(int argc, char** argv, const CommandEntry* entry);
 int cmd_mr(int argc, char** argv, const CommandEntry* entry);
+int cmd_rule(int argc, char** argv, const CommandEntry* entry);
 int cmd_malloc(int argc, char** argv, const CommandEntry* entry);
 int cmd_fls(int argc, char** argv, const CommandEntry* entry);

@@ -1,0 +1,320 @@
+// rule: the tables that decide which traffic passes (acc, whitelist, filter) and which line it takes
+// (mroute).
+#include "args/addr_range.h"
+#include "args/address_text.h"
+#include "args/lists.h"
+#include "args/print.h"
+#include "main/handlers.h"
+#include "order/direct.h"
+#include "platform/list.h"
+#include "rules/rule_records.h"
+
+namespace {
+
+// ---- Requests ----
+
+template <typename Rule>
+void set_hosts(Rule& rule, ListWriter& lists, const char* word) {
+  const RangeCounts counts = lists.add_hosts(rule.type, word);
+  rule.address_count = counts.v4;
+  rule.v6_count = counts.v6;
+}
+
+template <typename Rule>
+BuildResult finish(Rule& rule, const ListWriter& lists) {
+  rule.list_bytes = lists.bytes();
+  return lists.fits() ? kBuilt : kTooLong;
+}
+
+// What web pages give as "accept" is 0 for drop.
+uint8_t action(const Args& args, int index) { return args.is(index, "0") ? 1 : 0; }
+
+BuildResult build_acc(AccRule& rule, const Args& args) {
+  copy_text(rule.name, args[4]);
+  rule.prio = static_cast<uint16_t>(args.number(5));
+  rule.act = action(args, 7);
+  rule.log = static_cast<uint8_t>(args.number(8));
+  rule.thd_type = static_cast<uint8_t>(args.number(9));
+  rule.type = take_host_type(args.get(6), static_cast<uint8_t>(args.number(12)));
+
+  ListWriter lists(rule);
+  rule.thd_count = lists.add<NumberRange>(get_typeid_str, args[10]);
+  if (rule.type == kRuleMac) {
+    StrToMac(args[6], rule.mac);  // no MAC at all goes out as it was read: the module refuses it
+  } else {
+    set_hosts(rule, lists, args[6]);
+  }
+  rule.ipport_bytes = lists.add_block(get_ipport_str_vek, args[11]);
+  return finish(rule, lists);
+}
+
+BuildResult build_whitelist(WhitelistEntry& entry, const Args& args) {
+  copy_text(entry.name, args[4]);
+  entry.type = take_host_type(args.get(5), host_type_by_look(args[5]));
+  ListWriter lists(entry);
+  set_hosts(entry, lists, args[5]);
+  entry.ipport_bytes = lists.add_block(get_ipport_str_vek, args[6]);
+  return finish(entry, lists);
+}
+
+// Each place of the list is a line, also one that is left empty.
+void set_wans(uint16_t (&wans)[256], char* list) {
+  constexpr uint16_t kLastFromOne = 120;
+  char* words[256];
+  const int count = split_string(list, ',', words, 256);
+  for (int i = 0; i < count; ++i) {
+    if (*words[i] == '\0') continue;
+    const auto line = static_cast<uint16_t>(J_atoi(words[i]));
+    wans[i] = line <= kLastFromOne ? static_cast<uint16_t>(line + 1) : line;
+  }
+}
+
+BuildResult build_mroute(MrouteRule& rule, const Args& args) {
+  copy_text(rule.name, args[4]);
+  rule.log = static_cast<uint8_t>(args.number(6));
+  rule.prio = static_cast<uint16_t>(args.number(7));
+  set_wans(rule.wans, args.get(8));
+  rule.thd_type = static_cast<uint8_t>(args.number(9));
+  rule.no_change = static_cast<uint8_t>(args.number(13));
+  rule.type = take_host_type(args.get(5), static_cast<uint8_t>(args.number(14)));
+
+  ListWriter lists(rule);
+  rule.thd_count = lists.add<NumberRange>(get_typeid_str, args[10]);
+  set_hosts(rule, lists, args[5]);
+  rule.shibie_count = lists.add<IdRange>(get_shibie_ips_str, args[11]);
+  rule.ipport_bytes = lists.add_block(get_ipport_str, args[12]);
+  return finish(rule, lists);
+}
+
+BuildResult build_filter(FilterRule& rule, const Args& args) {
+  constexpr int kStatusNothingToFilter = 41;
+  copy_text(rule.name, args[4]);
+  rule.prio = static_cast<uint16_t>(args.number(5));
+  rule.hi_type = static_cast<uint8_t>(args.number(6));
+  rule.log = static_cast<uint8_t>(args.number(7));
+  rule.act = action(args, 8);
+  rule.gid = static_cast<uint8_t>(args.number(9));
+  ListWriter lists(rule);
+  rule.id_count = lists.add<NumberRange>(get_typeid_str, args[10]);
+  if (!lists.fits()) return kTooLong;
+  return rule.gid == 0 && rule.id_count == 0 ? leave_silently(kStatusNothingToFilter) : kBuilt;
+}
+
+BuildResult build_name(RuleName& rule, const Args& args) {
+  copy_text(rule.name, args[4]);
+  return kBuilt;
+}
+
+// No name at all would clear every counter.
+BuildResult build_hit_name(RuleName& rule, const Args& args) {
+  return args.count() < 5 ? kTextAlone : build_name(rule, args);
+}
+
+BuildResult build_filter_name(FilterRule& rule, const Args& args) {
+  copy_text(rule.name, args[4]);
+  rule.gid = static_cast<uint8_t>(args.number(5));
+  return kBuilt;
+}
+
+BuildResult build_filter_list(FilterListRequest& request, const Args& args) {
+  request.gid = static_cast<uint8_t>(args.number(4));
+  return kBuilt;
+}
+
+constexpr const char* kDefaultWords[] = {"off", "accept", "drop"};  // 0, 1, 2
+
+BuildResult build_default(AccDefault& setting, const Args& args) {
+  for (const char* word : kDefaultWords) {
+    if (args.is(4, word)) return kBuilt;
+    ++setting.action;
+  }
+  return leave_silently(kStatusRejected);
+}
+
+BuildResult build_delete_all(MrouteRule& rule, const Args& args) {
+  rule.delall_which = static_cast<uint8_t>(args.number(4));
+  return kBuilt;
+}
+
+// ---- Answers ----
+
+const char* action_text(uint8_t act) { return act != 0 ? "drop" : "accept"; }
+
+void print_type_ids(AnswerCursor& answer, uint16_t count) {
+  const char* separator = "";
+  for (const NumberRange& ids : answer.entries<NumberRange>(count)) {
+    if (ids.first == ids.last) {
+      print("%s%d", separator, ids.first);
+    } else {
+      print("%s%d-%d", separator, ids.first, ids.last);
+    }
+    separator = ",";
+  }
+}
+
+template <typename Rule>
+void print_hosts(AnswerCursor& answer, const Rule& rule) {
+  if (rule.type == kHostRanges) {
+    print(" ip_duan:");
+    print_addr_ranges(answer, rule.address_count, rule.v6_count);
+  } else {
+    print(" user_group:");
+    print_number_ranges(answer, rule.address_count);
+  }
+}
+
+// The destination block of a rule that has one, and the end of the rule's line.
+void print_destination(AnswerCursor& answer, uint16_t bytes, const char* if_none) {
+  if (bytes == 0) {
+    print("%s\n", if_none);
+    return;
+  }
+  IpPortBlock block;
+  answer.read(block);
+  print(" cl_type:%d cl_type_fei:%d f_ip:", block.cl_type, block.cl_type_fei);
+  print_addr_ranges(answer, block.v4_count, block.v6_count);
+  print(" proto:");
+  print_protocols(answer, block.protocol_count);
+  print(" dns_en:%d,dns_typeid:%d,dns_typeid_fei:%d dns_wanid:%d,dns_wanid_fei:%d,dns_fei:%d\n", block.dns_en,
+        block.dns_typeid, block.dns_typeid_fei, block.dns_wanid, block.dns_wanid_fei, block.dns_fei);
+}
+
+constexpr const char* kNoDestination = " cl_type: f_ip:  proto: f_dns: ";
+
+void print_rule(AnswerCursor& answer, const AccRule& rule) {
+  print("name:%s prio:%d log:%d act:%s thd_type:%d thd:", rule.name, rule.prio, rule.log,
+        action_text(rule.act), rule.thd_type);
+  print_type_ids(answer, rule.thd_count);
+  if (rule.type == kRuleMac) {
+    print(" mac: %s", mac_text(rule.mac).chars);
+  } else {
+    print_hosts(answer, rule);
+  }
+  print_destination(answer, rule.ipport_bytes, kNoDestination);
+}
+
+void print_rule(AnswerCursor& answer, const WhitelistEntry& entry) {
+  print("name:%s ", entry.name);
+  print_hosts(answer, entry);
+  print_destination(answer, entry.ipport_bytes, kNoDestination);
+}
+
+void print_rule(AnswerCursor& answer, const MrouteRule& rule) {
+  // The number beside the lines is the size of their table in bytes.
+  print("name:%s prio:%d log:%d no_change:%d rule_type:%d  wans[%zu]:", rule.name, rule.prio, rule.log,
+        rule.no_change, rule.rule_type, sizeof rule.wans);
+  const char* separator = "";
+  for (const uint16_t* line = rule.wans; line != std::end(rule.wans) && *line != 0; ++line) {
+    print("%s%d", separator, *line);
+    separator = ",";
+  }
+  print(" thd_type:%d  thd:", rule.thd_type);
+  print_type_ids(answer, rule.thd_count);
+  print_hosts(answer, rule);
+  print(" shibie_duan:");
+  print_id_ranges(answer, rule.shibie_count);
+  print_destination(answer, rule.ipport_bytes, kNoDestination + 1);  // without its blank
+}
+
+void print_rule(AnswerCursor& answer, const FilterRule& rule) {
+  print("%s %d %d %d %s %d  ", rule.name, rule.prio, rule.hi_type, rule.log, action_text(rule.act), rule.gid);
+  print_type_ids(answer, rule.id_count);
+  print("\n");
+}
+
+template <typename Rule>
+void print_rules(const Answer& answer) {
+  AnswerCursor cursor(answer, kListEntriesOffset);
+  Rule rule;
+  for (int32_t left = answer.get<int32_t>(kListCountOffset); left > 0 && cursor.read(rule); --left) {
+    print_rule(cursor, rule);
+  }
+}
+
+void print_count(const Answer& answer) { print("num:%d\n", answer.get<int32_t>(kListCountOffset)); }
+
+template <typename Rule>
+void print_list(const Answer& answer) {
+  print_count(answer);
+  print_rules<Rule>(answer);
+}
+
+void print_filter_list(const Answer& answer) {
+  print_count(answer);
+  print(" name prio hi_type log act gid  shibie_ids\n");
+  print_rules<FilterRule>(answer);
+}
+
+void print_hits(const Answer& answer) {
+  print("num: %d\nname                hit\n", answer.get<int32_t>(kListCountOffset));
+  for (const RuleHitEntry& entry : answer.list<RuleHitEntry>()) print("%-20s %lu\n", entry.name, entry.hits);
+}
+
+void print_default(const AccDefault& setting) {
+  const bool is_known = setting.action < std::size(kDefaultWords);
+  print("defact=%s\nok\n", is_known ? kDefaultWords[setting.action] : "error");
+}
+
+// ---- Tables ----
+
+constexpr const char* kHitDelText = "vek rule mroute hit_del/hit_delall name";
+
+// clang-format off
+constexpr DirectCommand kAcc[] = {
+    {"add", kAccAdd, 10240, 12, "add NAME RPRI IPS ACT LOG THD_TYPE THD IPPORT", build_as<build_acc>, nullptr},
+    {"del", kAccDel, 1024, 5, "vek rule acc del name", build_as<build_name>, nullptr},
+    {"delall", kAccDelAll, 1024, 0, "vek rule acc delall", nullptr, nullptr},
+    {"list", kAccList, 102400, 0, " vek rule acc list ", nullptr, print_as<print_list<AccRule>>, kBlankReason},
+    {"defset", kAccDefaultSet, 1024, 5, "vek rule acc defset act[off|accept|drop]", build_as<build_default>, nullptr},
+    {"defget", kAccDefaultGet, 1024, 0, "vek rule acc defget", nullptr, print_as<print_default>},
+};
+
+constexpr DirectCommand kWhitelist[] = {
+    {"add", kWhitelistAdd, 10240, 7, "add name ips ipport", build_as<build_whitelist>, nullptr},
+    {"del", kWhitelistDel, 1024, 5, "vek rule whitelist del name", build_as<build_name>, nullptr},
+    {"delall", kWhitelistDelAll, 1024, 0, "vek rule acc delall", nullptr, nullptr},
+    {"list", kWhitelistList, 102400, 0, " vek rule whitelist list ", nullptr, print_as<print_list<WhitelistEntry>>, kBlankReason},
+};
+
+constexpr DirectCommand kMroute[] = {
+    {"add", kMrouteAdd, 20480, 14, "vek rule mroute add name ip_duan log prio wans thd_type thd shibie_id ipport no_change", build_as<build_mroute>, nullptr},
+    {"del", kMrouteDel, 102400, 5, "vek rule mroute del name", build_as<build_name>, nullptr, kTextInReport},
+    {"delall", kMrouteDelAll, 102400, 0, "vek rule mroute delall", build_as<build_delete_all>, nullptr},
+    {"list", kMrouteList, 102400, 0, " vek rule mroute list", nullptr, print_as<print_list<MrouteRule>>, kBlankReason},
+    {"hit", kMrouteHit, 102400, 0, " vek rule mroute hit", nullptr, print_as<print_hits>, kBlankReason | kTextInReport},
+    {"hit_del", kMrouteHitDel, 102400, 0, kHitDelText, build_as<build_hit_name>, nullptr, kBlankReason},
+    {"hit_delall", kMrouteHitDel, 102400, 0, kHitDelText, nullptr, nullptr, kBlankReason},
+};
+
+constexpr DirectCommand kFilter[] = {
+    {"add", kFilterAdd, 10240, 11, "vek rule filter add  name prio hi_type log act gid  shibie_ids ", build_as<build_filter>, nullptr},
+    {"del", kFilterDel, 1024, 6, "vek rule filter del  name gid", build_as<build_filter_name>, nullptr},
+    {"list", kFilterList, 102400, 5, " vek rule filter list gid", build_as<build_filter_list>, print_as<print_filter_list>, kBlankReason},
+};
+
+constexpr struct {
+  std::string_view word;
+  std::span<const DirectCommand> table;
+  const char* usage;
+} kFamilies[] = {
+    {"acc", kAcc, "vek rule acc add/del/list/defset/defget\n"},
+    {"whitelist", kWhitelist, "vek rule whitelist add/del/list\n"},
+    {"mroute", kMroute, "vek rule mroute add/del/list/hit/hit_del/hit_delall\n"},
+    {"filter", kFilter, " vek rule filter add/del/list \n"},
+};
+// clang-format on
+
+}  // namespace
+
+int cmd_rule(int argc, char** argv, const CommandEntry* entry) {
+  const Args args(argc, argv);
+  if (args.count() < 3) return print_usage(entry);
+  for (const auto& family : kFamilies) {
+    if (!args.is(2, family.word)) continue;
+    const DirectCommand* const row = args.count() < 4 ? nullptr : find_direct(family.table, args[3]);
+    if (row != nullptr) return run_direct(kModuleRule, *row, argc, argv);
+    print_error("%s", family.usage);
+    return kStatusRejected;
+  }
+  return kStatusRejected;
+}
