@@ -39,6 +39,12 @@ class Order {
     return value;
   }
 
+  // Bytes of the payload from its start. A record that ends before them is refused.
+  std::vector<uint8_t> request_bytes(uint32_t size) const {
+    if (room() < size) throw Refusal{kBadValue};
+    return {payload(), payload() + size};
+  }
+
   // Puts bytes into the answer; what is never answered stays as it was requested. False, and nothing put,
   // when the record ends before they do.
   bool answer_bytes(uint32_t offset, const void* bytes, uint32_t size) {
@@ -69,15 +75,15 @@ class Order {
   std::vector<uint8_t> answer_;
 };
 
-// Fills the list that most answers consist of. Entries that the record has no room for are left out.
-template <typename Entry>
-class ListAnswer {
+// Fills the list that most answers consist of, with entries of any size back to back. Entries that the record
+// has no room for are left out.
+class RecordList {
  public:
-  explicit ListAnswer(Order& order) : order_(order) { order_.answer(count_, kListCountOffset); }
+  explicit RecordList(Order& order) : order_(order) { order_.answer(count_, kListCountOffset); }
 
-  void add(const Entry& entry) {
-    if (!order_.answer(entry, offset_)) return;
-    offset_ += uint32_t{sizeof entry};
+  void add_bytes(const void* entry, uint32_t size) {
+    if (!order_.answer_bytes(offset_, entry, size)) return;
+    offset_ += size;
     order_.answer(++count_, kListCountOffset);
   }
 
@@ -85,4 +91,12 @@ class ListAnswer {
   Order& order_;
   int32_t count_ = 0;
   uint32_t offset_ = kListEntriesOffset;
+};
+
+// The same for entries that are all alike.
+template <typename Entry>
+class ListAnswer : RecordList {
+ public:
+  using RecordList::RecordList;
+  void add(const Entry& entry) { add_bytes(&entry, sizeof entry); }
 };

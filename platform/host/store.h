@@ -10,6 +10,7 @@
 #include <string>
 #include <string_view>
 #include <type_traits>
+#include <vector>
 
 // The store cannot be used: the text says which file and why.
 class StoreError : public std::exception {
@@ -50,7 +51,7 @@ class Statement {
   // Steps to the next row; false at the end.
   bool next();
 
-  // The row's columns in their order: numbers, texts (char[N], std::string) and byte fields (uint8_t[N]).
+  // The row's columns in their order: numbers, texts (char[N], std::string) and bytes (uint8_t[N], vector).
   template <typename... Fields>
   void read(Fields&... fields) const {
     int column = 0;
@@ -72,6 +73,9 @@ class Statement {
   void bind(int index, const uint8_t (&field)[kSize]) {
     check(sqlite3_bind_blob(statement_, index, field, kSize, SQLITE_TRANSIENT));
   }
+  void bind(int index, const std::vector<uint8_t>& bytes) {
+    check(sqlite3_bind_blob64(statement_, index, bytes.data(), bytes.size(), SQLITE_TRANSIENT));
+  }
 
   template <typename Number>
   requires std::is_integral_v<Number>
@@ -88,6 +92,10 @@ class Statement {
     memset(field, 0, kSize);
     const auto stored = static_cast<size_t>(sqlite3_column_bytes(statement_, column));
     if (stored > 0) memcpy(field, sqlite3_column_blob(statement_, column), stored < kSize ? stored : kSize);
+  }
+  void get(int column, std::vector<uint8_t>& bytes) const {
+    const auto* stored = static_cast<const uint8_t*>(sqlite3_column_blob(statement_, column));
+    bytes.assign(stored, stored + sqlite3_column_bytes(statement_, column));
   }
   std::string_view column_text(int column) const;
 
