@@ -31,11 +31,11 @@ uint8_t action(const Args& args, int index) { return args.is(index, "0") ? 1 : 0
 
 BuildResult build_acc(AccRule& rule, const Args& args) {
   copy_text(rule.name, args[4]);
-  rule.prio = static_cast<uint16_t>(args.number(5));
+  rule.prio = args.number<uint16_t>(5);
   rule.act = action(args, 7);
-  rule.log = static_cast<uint8_t>(args.number(8));
-  rule.thd_type = static_cast<uint8_t>(args.number(9));
-  rule.type = take_host_type(args.get(6), static_cast<uint8_t>(args.number(12)));
+  rule.log = args.number<uint8_t>(8);
+  rule.thd_type = args.number<uint8_t>(9);
+  rule.type = take_host_type(args.get(6), args.number<uint8_t>(12));
 
   ListWriter lists(rule);
   rule.thd_count = lists.add<NumberRange>(get_typeid_str, args[10]);
@@ -71,12 +71,12 @@ void set_wans(uint16_t (&wans)[256], char* list) {
 
 BuildResult build_mroute(MrouteRule& rule, const Args& args) {
   copy_text(rule.name, args[4]);
-  rule.log = static_cast<uint8_t>(args.number(6));
-  rule.prio = static_cast<uint16_t>(args.number(7));
+  rule.log = args.number<uint8_t>(6);
+  rule.prio = args.number<uint16_t>(7);
   set_wans(rule.wans, args.get(8));
-  rule.thd_type = static_cast<uint8_t>(args.number(9));
-  rule.no_change = static_cast<uint8_t>(args.number(13));
-  rule.type = take_host_type(args.get(5), static_cast<uint8_t>(args.number(14)));
+  rule.thd_type = args.number<uint8_t>(9);
+  rule.no_change = args.number<uint8_t>(13);
+  rule.type = take_host_type(args.get(5), args.number<uint8_t>(14));
 
   ListWriter lists(rule);
   rule.thd_count = lists.add<NumberRange>(get_typeid_str, args[10]);
@@ -89,11 +89,11 @@ BuildResult build_mroute(MrouteRule& rule, const Args& args) {
 BuildResult build_filter(FilterRule& rule, const Args& args) {
   constexpr int kStatusNothingToFilter = 41;
   copy_text(rule.name, args[4]);
-  rule.prio = static_cast<uint16_t>(args.number(5));
-  rule.hi_type = static_cast<uint8_t>(args.number(6));
-  rule.log = static_cast<uint8_t>(args.number(7));
+  rule.prio = args.number<uint16_t>(5);
+  rule.hi_type = args.number<uint8_t>(6);
+  rule.log = args.number<uint8_t>(7);
   rule.act = action(args, 8);
-  rule.gid = static_cast<uint8_t>(args.number(9));
+  rule.gid = args.number<uint8_t>(9);
   ListWriter lists(rule);
   rule.id_count = lists.add<NumberRange>(get_typeid_str, args[10]);
   if (!lists.fits()) return kTooLong;
@@ -112,12 +112,12 @@ BuildResult build_hit_name(RuleName& rule, const Args& args) {
 
 BuildResult build_filter_name(FilterRule& rule, const Args& args) {
   copy_text(rule.name, args[4]);
-  rule.gid = static_cast<uint8_t>(args.number(5));
+  rule.gid = args.number<uint8_t>(5);
   return kBuilt;
 }
 
 BuildResult build_filter_list(FilterListRequest& request, const Args& args) {
-  request.gid = static_cast<uint8_t>(args.number(4));
+  request.gid = args.number<uint8_t>(4);
   return kBuilt;
 }
 
@@ -132,7 +132,7 @@ BuildResult build_default(AccDefault& setting, const Args& args) {
 }
 
 BuildResult build_delete_all(MrouteRule& rule, const Args& args) {
-  rule.delall_which = static_cast<uint8_t>(args.number(4));
+  rule.delall_which = args.number<uint8_t>(4);
   return kBuilt;
 }
 

@@ -17,6 +17,7 @@ constexpr const Module* kModules[] = {
     &kFlushModule,
     &kMrModule,
     &kQosModule,
+    &kRuleModule,
 };
 // clang-format on
 

@@ -11,6 +11,7 @@ extern const Module kArpModule;
 extern const Module kFlushModule;
 extern const Module kMrModule;
 extern const Module kQosModule;
+extern const Module kRuleModule;
 
 std::span<const Module* const> all_modules();
 

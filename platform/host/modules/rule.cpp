@@ -1,0 +1,238 @@
+// The rule tables (module 11): access rules with their default action, whitelist, multi-line routing with its
+// hit counters, application filter. Rules are kept as the records that they came in, and listed by priority,
+// lowest number first; rules of one priority in the order in which they were added.
+#include <cstddef>
+
+#include "args/list_records.h"
+#include "host_mac.h"
+#include "modules/modules.h"
+#include "rules/rule_records.h"
+#include "settings.h"
+
+namespace {
+
+// As much as the answer to a list holds: no rule works unseen.
+constexpr uint32_t kMaxTableBytes = 102400 - sizeof(OrderRecord) - kListEntriesOffset;
+
+constexpr const char* kDefaultAction = "acc_default";
+
+enum Table { kAcc = 1, kWhitelist, kMroute, kFilter };
+
+// What a routing rule goes by, which decides when it can choose a line.
+enum RouteType : uint8_t {
+  kByAddress = 1,      // known with the first packet
+  kByApplication = 2,  // known once the traffic has been recognised
+};
+
+// Where a rule stands.
+struct Place {
+  Table table;
+  uint8_t gid;  // of a filter: a name is one rule's within its group
+  std::string_view name;
+  uint16_t prio;
+};
+
+Place place_of(const AccRule& rule) { return {kAcc, 0, text(rule.name), rule.prio}; }
+Place place_of(const WhitelistEntry& entry) { return {kWhitelist, 0, text(entry.name), 0}; }
+Place place_of(const MrouteRule& rule) { return {kMroute, 0, text(rule.name), rule.prio}; }
+Place place_of(const FilterRule& rule) { return {kFilter, rule.gid, text(rule.name), rule.prio}; }
+
+// The bytes of the lists behind a rule's fixed part.
+struct ListSizes {
+  size_t counted;  // those that the rule has counts for
+  size_t block;    // the destination block, which comes last
+  size_t all;
+};
+
+template <typename Rule>
+size_t host_bytes(const Rule& rule) {
+  if (rule.type != kHostRanges) return rule.address_count * sizeof(NumberRange);
+  return rule.address_count * sizeof(V4Range) + rule.v6_count * sizeof(V6Range);
+}
+
+ListSizes lists_of(const AccRule& rule) {
+  const size_t hosts = rule.type == kRuleMac ? 0 : host_bytes(rule);
+  return {rule.thd_count * sizeof(NumberRange) + hosts, rule.ipport_bytes, rule.list_bytes};
+}
+
+ListSizes lists_of(const WhitelistEntry& entry) {
+  return {host_bytes(entry), entry.ipport_bytes, entry.list_bytes};
+}
+
+ListSizes lists_of(const MrouteRule& rule) {
+  const size_t ids = rule.thd_count * sizeof(NumberRange) + rule.shibie_count * sizeof(IdRange);
+  return {ids + host_bytes(rule), rule.ipport_bytes, rule.list_bytes};
+}
+
+ListSizes lists_of(const FilterRule& rule) {
+  const size_t ids = rule.id_count * sizeof(NumberRange);
+  return {ids, 0, ids};
+}
+
+void refuse_unless(bool good, Result why) {
+  if (!good) throw Refusal{why};
+}
+
+void check(const AccRule& rule) {
+  refuse_unless(rule.act <= 1 && rule.log <= 1, kBadValue);
+  refuse_unless(rule.type != kRuleMac || is_host_mac(rule.mac), kBadAddress);
+}
+
+void check(const WhitelistEntry&) {}
+
+void check(const MrouteRule& rule) { refuse_unless(rule.log <= 1, kBadValue); }
+
+void check(const FilterRule& rule) {
+  refuse_unless(rule.act <= 1 && rule.log <= 1, kBadValue);
+  refuse_unless(rule.gid != 0 || rule.id_count != 0, kBadValue);  // nothing at all of nobody in particular
+}
+
+// The counts inside a destination block must account for all its bytes.
+void check_block(const uint8_t* bytes, size_t size) {
+  IpPortBlock block;
+  refuse_unless(size >= sizeof block, kBadValue);
+  memcpy(&block, bytes, sizeof block);
+  const size_t lists = block.v4_count * sizeof(V4Range) + block.v6_count * sizeof(V6Range) +
+                       block.protocol_count * size_t{kProtocolEntrySize};
+  refuse_unless(size == sizeof block + lists, kBadValue);
+}
+
+uint8_t route_type(const MrouteRule& rule) {
+  return rule.thd_count != 0 || rule.shibie_count != 0 ? kByApplication : kByAddress;
+}
+
+// A name stands once: who wants another rule under it deletes the first.
+template <typename Rule>
+void add(Store& store, const Rule& request, Order& order) {
+  Rule rule = request;
+  uint8_t kind = 0;
+  if constexpr (std::is_same_v<Rule, MrouteRule>) kind = rule.rule_type = route_type(rule);
+  const Place place = place_of(rule);
+  const ListSizes lists = lists_of(rule);
+  refuse_unless(!place.name.empty(), kBadName);
+  check(rule);
+  refuse_unless(lists.counted + lists.block == lists.all, kBadValue);
+  std::vector<uint8_t> record = order.request_bytes(static_cast<uint32_t>(sizeof rule + lists.all));
+  if (lists.block != 0) check_block(record.data() + sizeof rule + lists.counted, lists.block);
+  memcpy(record.data(), &rule, sizeof rule);
+
+  if (store.execute("INSERT OR IGNORE INTO rule (tab, gid, name, prio, kind, record) "
+                    "VALUES (?, ?, ?, ?, ?, ?)",
+                    place.table, place.gid, place.name, place.prio, kind, record) == 0) {
+    throw Refusal{kAlreadyThere};
+  }
+  if (store.number("SELECT sum(length(record)) FROM rule WHERE tab = ?", place.table) > kMaxTableBytes) {
+    throw Refusal{kTableFull};
+  }
+}
+
+void delete_rule(Store& store, Table table, uint8_t gid, std::string_view name) {
+  refuse_unless(
+      store.execute("DELETE FROM rule WHERE tab = ? AND gid = ? AND name = ?", table, gid, name) != 0,
+      kNoSuchRule);
+}
+
+template <Table table>
+void del(Store& store, const RuleName& rule) {
+  delete_rule(store, table, 0, text(rule.name));
+}
+
+void del_filter(Store& store, const FilterRule& rule) {
+  delete_rule(store, kFilter, rule.gid, text(rule.name));
+}
+
+template <Table table>
+void del_all(Store& store) {
+  store.execute("DELETE FROM rule WHERE tab = ?", table);
+}
+
+// Which routing rules to delete is their type; 0 deletes all.
+void del_all_routes(Store& store, const MrouteRule& request) {
+  refuse_unless(request.delall_which <= kByApplication, kBadValue);
+  store.execute("DELETE FROM rule WHERE tab = ?1 AND (?2 = 0 OR kind = ?2)", kMroute, request.delall_which);
+}
+
+// The rules of a group; 0 stands for every group.
+void list_rules(Store& store, Table table, uint8_t gid, Order& order) {
+  RecordList answer(order);
+  Statement row = store.query(
+      "SELECT record FROM rule WHERE tab = ?1 AND (?2 = 0 OR gid = ?2) ORDER BY prio, id", table, gid);
+  for (std::vector<uint8_t> record; row.next();) {
+    row.read(record);
+    answer.add_bytes(record.data(), static_cast<uint32_t>(record.size()));
+  }
+}
+
+template <Table table>
+void list(Store& store, Order& order) {
+  list_rules(store, table, 0, order);
+}
+
+void list_filters(Store& store, const FilterListRequest& request, Order& order) {
+  list_rules(store, kFilter, request.gid, order);
+}
+
+void set_default(Store& store, const AccDefault& setting) {
+  refuse_unless(setting.action <= kMaxAccDefault, kBadValue);
+  set_setting(store, kModuleRule, kDefaultAction, setting.action);
+}
+
+void get_default(Store& store, AccDefault& setting) {
+  setting.action = get_setting(store, kModuleRule, kDefaultAction);
+}
+
+void hits(Store& store, Order& order) {
+  ListAnswer<RuleHitEntry> answer(order);
+  Statement row = store.query("SELECT name, hits FROM rule WHERE tab = ? ORDER BY prio, id", kMroute);
+  for (RuleHitEntry entry = {}; row.next();) {
+    row.read(entry.name, entry.hits);
+    answer.add(entry);
+  }
+}
+
+// Sets the counter of a rule back, or without a name that of every rule.
+void clear_hits(Store& store, const RuleName& rule) {
+  const std::string_view name = text(rule.name);
+  const int cleared =
+      store.execute("UPDATE rule SET hits = 0 WHERE tab = ?1 AND (?2 = '' OR name = ?2)", kMroute, name);
+  refuse_unless(cleared != 0 || name.empty(), kNoSuchRule);
+}
+
+constexpr const char* kSchema[] = {R"(
+CREATE TABLE rule (
+  id INTEGER PRIMARY KEY,
+  tab INTEGER NOT NULL,
+  gid INTEGER NOT NULL,
+  name TEXT NOT NULL,
+  prio INTEGER NOT NULL,
+  kind INTEGER NOT NULL,
+  hits INTEGER NOT NULL DEFAULT 0,
+  record BLOB NOT NULL,
+  UNIQUE (tab, gid, name)
+))"};
+
+constexpr Command kCommands[] = {
+    {kAccDefaultSet, kWrites, run_as<set_default>},
+    {kAccDefaultGet, kReads, run_as<get_default>},
+    {kAccAdd, kWrites, run_as<add<AccRule>>},
+    {kAccDel, kWrites, run_as<del<kAcc>>},
+    {kAccDelAll, kWrites, run_as<del_all<kAcc>>},
+    {kAccList, kReads, run_as<list<kAcc>>},
+    {kMrouteAdd, kWrites, run_as<add<MrouteRule>>},
+    {kMrouteDel, kWrites, run_as<del<kMroute>>},
+    {kMrouteDelAll, kWrites, run_as<del_all_routes>},
+    {kMrouteList, kReads, run_as<list<kMroute>>},
+    {kFilterAdd, kWrites, run_as<add<FilterRule>>},
+    {kFilterDel, kWrites, run_as<del_filter>},
+    {kFilterList, kReads, run_as<list_filters>},
+    {kWhitelistAdd, kWrites, run_as<add<WhitelistEntry>>},
+    {kWhitelistDel, kWrites, run_as<del<kWhitelist>>},
+    {kWhitelistDelAll, kWrites, run_as<del_all<kWhitelist>>},
+    {kWhitelistList, kReads, run_as<list<kWhitelist>>},
+    {kMrouteHit, kReads, run_as<hits>},
+    {kMrouteHitDel, kWrites, run_as<clear_hits>},
+};
+
+}  // namespace
+
+const Module kRuleModule = {kModuleRule, kCommands, kSchema};
