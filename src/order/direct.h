@@ -25,7 +25,7 @@ constexpr BuildResult leave_silently(int status) { return {status, false, nullpt
 using BuildFn = BuildResult (*)(void* payload, int argc, char** argv);
 
 // How a row differs from the others.
-enum DirectFlags : uint8_t {
+enum DirectFlags : unsigned {
   kBlankReason = 1,       // the reason for a failed exchange begins with a blank
   kTextInReport = 2,      // a failed exchange is reported with the text alone in place of the four fields
   kReportSetFailure = 4,  // a failed exchange is reported as a setting's, with the status of a kernel error
@@ -36,11 +36,11 @@ struct DirectCommand {
   std::string_view word;
   uint32_t command;
   uint32_t length;  // of the record
-  int min_count;    // of all words; 0 where none is needed
   const char* text;
-  BuildFn build;  // null: the request carries no arguments
-  PrintFn print;  // null: the answer is only the result code
-  uint8_t flags = 0;
+  BuildFn build;       // null: the request carries no arguments
+  PrintFn print;       // null: the answer is only the result code
+  int min_count = 0;   // of all words
+  unsigned flags = 0;  // DirectFlags
 };
 
 // Null for a word that is none of the table's.

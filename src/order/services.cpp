@@ -129,12 +129,12 @@ BuildResult build_flush(FlushRequest& request, const Args& args) {
 
 // clang-format off
 constexpr DirectCommand kErrorInfoCommand =
-    {"", kErrorInfo, 6000, 0, "", build_as<build_error_info>, print_as<print_error_info>, kReportSetFailure};
+    {"", kErrorInfo, 6000, "", build_as<build_error_info>, print_as<print_error_info>, 0, kReportSetFailure};
 constexpr DirectCommand kMemoryReportCommand =
-    {"", kMemoryReport, 1024, 0, "", nullptr, nullptr, kReportSetFailure};
+    {"", kMemoryReport, 1024, "", nullptr, nullptr, 0, kReportSetFailure};
 // Callers flush and go on, and look at the status at most.
 constexpr DirectCommand kFlushCommand =
-    {"", kFlush, 256, 3, "", build_as<build_flush>, nullptr, kSilent};
+    {"", kFlush, 256, "", build_as<build_flush>, nullptr, 3, kSilent};
 // clang-format on
 
 }  // namespace

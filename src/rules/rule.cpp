@@ -26,7 +26,7 @@ BuildResult finish(Rule& rule, const ListWriter& lists) {
   return lists.fits() ? kBuilt : kTooLong;
 }
 
-// What web pages give as "accept" is 0 for drop.
+// "0" drops and any other word accepts, so that no slip of the keyboard cuts anyone off.
 uint8_t action(const Args& args, int index) { return args.is(index, "0") ? 1 : 0; }
 
 BuildResult build_acc(AccRule& rule, const Args& args) {
@@ -57,15 +57,16 @@ BuildResult build_whitelist(WhitelistEntry& entry, const Args& args) {
   return finish(entry, lists);
 }
 
-// Each place of the list is a line, also one that is left empty.
+// 0 is no line in the table, so lines count from one; numbers above the last line go as they are. A place that
+// is left empty stays one: what stands behind it is kept, and out of use.
 void set_wans(uint16_t (&wans)[256], char* list) {
-  constexpr uint16_t kLastFromOne = 120;
+  constexpr uint16_t kLastLine = 120;
   char* words[256];
   const int count = split_string(list, ',', words, 256);
   for (int i = 0; i < count; ++i) {
     if (*words[i] == '\0') continue;
     const auto line = static_cast<uint16_t>(J_atoi(words[i]));
-    wans[i] = line <= kLastFromOne ? static_cast<uint16_t>(line + 1) : line;
+    wans[i] = line <= kLastLine ? static_cast<uint16_t>(line + 1) : line;
   }
 }
 
@@ -261,35 +262,35 @@ constexpr const char* kHitDelText = "vek rule mroute hit_del/hit_delall name";
 
 // clang-format off
 constexpr DirectCommand kAcc[] = {
-    {"add", kAccAdd, 10240, 12, "add NAME RPRI IPS ACT LOG THD_TYPE THD IPPORT", build_as<build_acc>, nullptr},
-    {"del", kAccDel, 1024, 5, "vek rule acc del name", build_as<build_name>, nullptr},
-    {"delall", kAccDelAll, 1024, 0, "vek rule acc delall", nullptr, nullptr},
-    {"list", kAccList, 102400, 0, " vek rule acc list ", nullptr, print_as<print_list<AccRule>>, kBlankReason},
-    {"defset", kAccDefaultSet, 1024, 5, "vek rule acc defset act[off|accept|drop]", build_as<build_default>, nullptr},
-    {"defget", kAccDefaultGet, 1024, 0, "vek rule acc defget", nullptr, print_as<print_default>},
+    {"add", kAccAdd, 10240, "add NAME RPRI IPS ACT LOG THD_TYPE THD IPPORT", build_as<build_acc>, nullptr, 12},
+    {"del", kAccDel, 1024, "vek rule acc del name", build_as<build_name>, nullptr, 5},
+    {"delall", kAccDelAll, 1024, "vek rule acc delall", nullptr, nullptr},
+    {"list", kAccList, 102400, " vek rule acc list ", nullptr, print_as<print_list<AccRule>>, 0, kBlankReason},
+    {"defset", kAccDefaultSet, 1024, "vek rule acc defset act[off|accept|drop]", build_as<build_default>, nullptr, 5},
+    {"defget", kAccDefaultGet, 1024, "vek rule acc defget", nullptr, print_as<print_default>},
 };
 
 constexpr DirectCommand kWhitelist[] = {
-    {"add", kWhitelistAdd, 10240, 7, "add name ips ipport", build_as<build_whitelist>, nullptr},
-    {"del", kWhitelistDel, 1024, 5, "vek rule whitelist del name", build_as<build_name>, nullptr},
-    {"delall", kWhitelistDelAll, 1024, 0, "vek rule acc delall", nullptr, nullptr},
-    {"list", kWhitelistList, 102400, 0, " vek rule whitelist list ", nullptr, print_as<print_list<WhitelistEntry>>, kBlankReason},
+    {"add", kWhitelistAdd, 10240, "add name ips ipport", build_as<build_whitelist>, nullptr, 7},
+    {"del", kWhitelistDel, 1024, "vek rule whitelist del name", build_as<build_name>, nullptr, 5},
+    {"delall", kWhitelistDelAll, 1024, "vek rule acc delall", nullptr, nullptr},  // the third field tells them apart
+    {"list", kWhitelistList, 102400, " vek rule whitelist list ", nullptr, print_as<print_list<WhitelistEntry>>, 0, kBlankReason},
 };
 
 constexpr DirectCommand kMroute[] = {
-    {"add", kMrouteAdd, 20480, 14, "vek rule mroute add name ip_duan log prio wans thd_type thd shibie_id ipport no_change", build_as<build_mroute>, nullptr},
-    {"del", kMrouteDel, 102400, 5, "vek rule mroute del name", build_as<build_name>, nullptr, kTextInReport},
-    {"delall", kMrouteDelAll, 102400, 0, "vek rule mroute delall", build_as<build_delete_all>, nullptr},
-    {"list", kMrouteList, 102400, 0, " vek rule mroute list", nullptr, print_as<print_list<MrouteRule>>, kBlankReason},
-    {"hit", kMrouteHit, 102400, 0, " vek rule mroute hit", nullptr, print_as<print_hits>, kBlankReason | kTextInReport},
-    {"hit_del", kMrouteHitDel, 102400, 0, kHitDelText, build_as<build_hit_name>, nullptr, kBlankReason},
-    {"hit_delall", kMrouteHitDel, 102400, 0, kHitDelText, nullptr, nullptr, kBlankReason},
+    {"add", kMrouteAdd, 20480, "vek rule mroute add name ip_duan log prio wans thd_type thd shibie_id ipport no_change", build_as<build_mroute>, nullptr, 14},
+    {"del", kMrouteDel, 102400, "vek rule mroute del name", build_as<build_name>, nullptr, 5, kTextInReport},
+    {"delall", kMrouteDelAll, 102400, "vek rule mroute delall", build_as<build_delete_all>, nullptr},
+    {"list", kMrouteList, 102400, " vek rule mroute list", nullptr, print_as<print_list<MrouteRule>>, 0, kBlankReason},
+    {"hit", kMrouteHit, 102400, " vek rule mroute hit", nullptr, print_as<print_hits>, 0, kBlankReason | kTextInReport},
+    {"hit_del", kMrouteHitDel, 102400, kHitDelText, build_as<build_hit_name>, nullptr, 0, kBlankReason},
+    {"hit_delall", kMrouteHitDel, 102400, kHitDelText, nullptr, nullptr, 0, kBlankReason},
 };
 
 constexpr DirectCommand kFilter[] = {
-    {"add", kFilterAdd, 10240, 11, "vek rule filter add  name prio hi_type log act gid  shibie_ids ", build_as<build_filter>, nullptr},
-    {"del", kFilterDel, 1024, 6, "vek rule filter del  name gid", build_as<build_filter_name>, nullptr},
-    {"list", kFilterList, 102400, 5, " vek rule filter list gid", build_as<build_filter_list>, print_as<print_filter_list>, kBlankReason},
+    {"add", kFilterAdd, 10240, "vek rule filter add  name prio hi_type log act gid  shibie_ids ", build_as<build_filter>, nullptr, 11},
+    {"del", kFilterDel, 1024, "vek rule filter del  name gid", build_as<build_filter_name>, nullptr, 6},
+    {"list", kFilterList, 102400, " vek rule filter list gid", build_as<build_filter_list>, print_as<print_filter_list>, 5, kBlankReason},
 };
 
 constexpr struct {
