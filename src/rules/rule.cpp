@@ -57,8 +57,8 @@ BuildResult build_whitelist(WhitelistEntry& entry, const Args& args) {
   return finish(entry, lists);
 }
 
-// 0 is no line in the table, so lines count from one; numbers above the last line go as they are. A place that
-// is left empty stays one: what stands behind it is kept, and out of use.
+// 0 is no line in the table, so lines count from one; numbers above the last line go as they are. A place
+// that is left empty stays one: what stands behind it is kept, and out of use.
 void set_wans(uint16_t (&wans)[256], char* list) {
   constexpr uint16_t kLastLine = 120;
   char* words[256];

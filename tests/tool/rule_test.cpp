@@ -443,6 +443,9 @@ TEST(RuleLists, EndWithTheRecord) {
         Bytes(block).u16(8 + 120, (kRoom - 132 - 8) / 4)}) {
     EXPECT_EQ(lines("acc", claim), 2);
   }
+  // The 20 bytes that the IPv6 ranges leave over are no destination block.
+  const Bytes leftover = Bytes(block).u32(4, 1).u16(8 + 120, 4).u16(8 + 124, 65535).u8(8 + kRoom - 20, 3);
+  EXPECT_NE(vek({"rule", "acc", "list"}, {{.payload = leftover}}).out.find(" cl_type:0 "), std::string::npos);
   EXPECT_EQ(lines("mroute", Bytes(mroute).u16(8 + 626, 65535)), 2);
   EXPECT_EQ(lines("filter", Bytes().u16(8 + 38, 65535)), 3);
 }
