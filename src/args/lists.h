@@ -23,7 +23,9 @@ class ListWriter {
   ListWriter(void* start, size_t room) : at_(static_cast<uint8_t*>(start)), room_(room) {}
   // Behind the fixed part with which a request's payload begins, up to the end of its record.
   template <typename Fixed>
-  explicit ListWriter(Fixed& fixed) : ListWriter(&fixed + 1, payload_size(&fixed) - sizeof fixed) {}
+  static ListWriter behind(Fixed& fixed) {
+    return {&fixed + 1, Answer(&fixed).room(uint32_t{sizeof fixed})};
+  }
 
   // A list of an Element an item. Returns the number of elements.
   template <typename Element>

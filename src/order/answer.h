@@ -8,18 +8,14 @@
 
 #include "order/order_records.h"
 
-// The bytes of a payload, whose record's header holds the length that was allocated.
-inline uint32_t payload_size(const void* payload) {
-  uint32_t length;
-  memcpy(&length, static_cast<const uint8_t*>(payload) - sizeof(OrderRecord) + offsetof(OrderRecord, length),
-         sizeof length);
-  return length - uint32_t{sizeof(OrderRecord)};
-}
-
 class Answer {
  public:
-  explicit Answer(const void* payload)
-      : payload_(static_cast<const uint8_t*>(payload)), size_(payload_size(payload)) {}
+  // The payload of a record whose header holds the length that was allocated.
+  explicit Answer(const void* payload) : payload_(static_cast<const uint8_t*>(payload)) {
+    uint32_t length;
+    memcpy(&length, payload_ - sizeof(OrderRecord) + offsetof(OrderRecord, length), sizeof length);
+    size_ = length - uint32_t{sizeof(OrderRecord)};
+  }
 
   const uint8_t* payload() const { return payload_; }
   uint32_t room(uint32_t offset) const { return offset < size_ ? size_ - offset : 0; }

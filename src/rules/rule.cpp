@@ -37,7 +37,7 @@ BuildResult build_acc(AccRule& rule, const Args& args) {
   rule.thd_type = args.number<uint8_t>(9);
   rule.type = take_host_type(args.get(6), args.number<uint8_t>(12));
 
-  ListWriter lists(rule);
+  ListWriter lists = ListWriter::behind(rule);
   rule.thd_count = lists.add<NumberRange>(get_typeid_str, args[10]);
   if (rule.type == kRuleMac) {
     StrToMac(args[6], rule.mac);  // no MAC at all goes out as it was read: the module refuses it
@@ -51,7 +51,7 @@ BuildResult build_acc(AccRule& rule, const Args& args) {
 BuildResult build_whitelist(WhitelistEntry& entry, const Args& args) {
   copy_text(entry.name, args[4]);
   entry.type = take_host_type(args.get(5), host_type_by_look(args[5]));
-  ListWriter lists(entry);
+  ListWriter lists = ListWriter::behind(entry);
   set_hosts(entry, lists, args[5]);
   entry.ipport_bytes = lists.add_block(get_ipport_str_vek, args[6]);
   return finish(entry, lists);
@@ -79,7 +79,7 @@ BuildResult build_mroute(MrouteRule& rule, const Args& args) {
   rule.no_change = args.number<uint8_t>(13);
   rule.type = take_host_type(args.get(5), args.number<uint8_t>(14));
 
-  ListWriter lists(rule);
+  ListWriter lists = ListWriter::behind(rule);
   rule.thd_count = lists.add<NumberRange>(get_typeid_str, args[10]);
   set_hosts(rule, lists, args[5]);
   rule.shibie_count = lists.add<IdRange>(get_shibie_ips_str, args[11]);
@@ -95,7 +95,7 @@ BuildResult build_filter(FilterRule& rule, const Args& args) {
   rule.log = args.number<uint8_t>(7);
   rule.act = action(args, 8);
   rule.gid = args.number<uint8_t>(9);
-  ListWriter lists(rule);
+  ListWriter lists = ListWriter::behind(rule);
   rule.id_count = lists.add<NumberRange>(get_typeid_str, args[10]);
   if (!lists.fits()) return kTooLong;
   return rule.gid == 0 && rule.id_count == 0 ? leave_silently(kStatusNothingToFilter) : kBuilt;
