@@ -10,8 +10,8 @@ constexpr uint32_t kModuleDevmg = 2;
 constexpr uint32_t kModuleArp = 3;
 constexpr uint32_t kModuleFlush = 7;
 constexpr uint32_t kModuleMr = 10;
-constexpr uint32_t kModuleQos = 14;
 constexpr uint32_t kModuleRule = 11;
+constexpr uint32_t kModuleQos = 14;
 
 // All header fields are in the machine's byte order.
 struct OrderRecord {
