@@ -22,6 +22,13 @@ inline AddressText ip6_text(const uint8_t (&ip)[16]) {
   return text;
 }
 
+// A combined address value.
+inline AddressText ipaddr_text(const uint8_t (&ip)[20]) {
+  AddressText text;
+  IpaddrToStr(text.chars, ip);
+  return text;
+}
+
 inline AddressText mac_text(const uint8_t (&mac)[6]) {
   AddressText text;
   MacToStr(text.chars, mac);

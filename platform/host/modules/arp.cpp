@@ -2,8 +2,7 @@
 // which bindings can be made in bulk. Tables keep addresses as numbers, so that they sort and compare.
 #include <arpa/inet.h>
 
-#include <algorithm>
-
+#include "host_mac.h"
 #include "linux_net.h"
 #include "modules/devmg.h"
 #include "modules/general.h"
@@ -53,9 +52,7 @@ void check_binding_count(Store& store) {
 void add(Store& store, const ArpBinding& binding) {
   require_interface(store, text(binding.dev));
   check_type(binding.type);
-  const bool is_group_mac = (binding.mac[0] & 1) != 0;
-  const bool is_zero_mac = std::ranges::all_of(binding.mac, [](uint8_t byte) { return byte == 0; });
-  if (binding.ip == 0 || is_group_mac || is_zero_mac) throw Refusal{kBadAddress};
+  if (binding.ip == 0 || !is_host_mac(binding.mac)) throw Refusal{kBadAddress};
   store.execute("INSERT OR REPLACE INTO arp_binding VALUES (?, ?, ?, ?, ?, ?)", binding.dev,
                 ntohl(binding.ip), binding.mac, binding.type, binding.name, kStateByHand);
   check_binding_count(store);
