@@ -18,7 +18,7 @@ constexpr CommandEntry kCommandTable[] = {
     {"rzglset", cmd_usage_only,
      "type[0 | 1 | 3] tq  notify_type[0|1|2] lanip port web_exit web_anyuser pc_no_auth second_auth_en"},
     {"rzglget", cmd_usage_only, " "},
-    {"rzglapi", nullptr, "login/logout/white/black/checkonline/getonline/auth/portal"},
+    {"rzglapi", cmd_rzglapi, "login/logout/white/black/checkonline/getonline/auth/portal"},
     {"pc_noauth", cmd_usage_only, "list"},
     {"third_portal", cmd_usage_only, "set get conf"},
     {"third", cmd_usage_only, "serverstate mode dns_exp_get redirct_mode"},
@@ -47,7 +47,7 @@ constexpr CommandEntry kCommandTable[] = {
     {"hi", nullptr, "list runinfo ct qq gxcfg_set gxcfg_get set_ageing snmpscan"},
     {"tmp_qos_xz", nullptr, "set"},
     {"pppoe", nullptr, "set_base set_opt devmg show"},
-    {"user", nullptr, "add del list group_add group_del group_list autoscan get_auto voucher_list"},
+    {"user", cmd_user, "add del list group_add group_del group_list autoscan get_auto voucher_list"},
     {"anyip", cmd_usage_only, "set get list"},
     {"rule", cmd_rule, "acc mroute  filter whitelist"},
     {"br", cmd_usage_only, "set get del"},
@@ -138,7 +138,7 @@ constexpr CommandEntry kCommandTable[] = {
      " ctinfo_get\n"
      " mail_get\n"
      " mem"},
-    {"macuser", nullptr, "set/get/list/mac_del/id_del"},
+    {"macuser", cmd_macuser, "set/get/list/mac_del/id_del"},
     {"ospfv3", nullptr, "dev add/del/delall"},
     {"ospf", nullptr, "subnet add/del/delall"},
     {"rip", nullptr, "subnet add/del/delall"},

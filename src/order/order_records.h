@@ -12,6 +12,8 @@ constexpr uint32_t kModuleFlush = 7;
 constexpr uint32_t kModuleMr = 10;
 constexpr uint32_t kModuleRule = 11;
 constexpr uint32_t kModuleQos = 14;
+constexpr uint32_t kModuleUser = 16;
+constexpr uint32_t kModuleMacUser = 62;
 
 // All header fields are in the machine's byte order.
 struct OrderRecord {

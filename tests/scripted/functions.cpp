@@ -2,6 +2,7 @@
 #include <cstdio>
 #include <cstring>
 
+#include "platform/auth.h"
 #include "platform/line.h"
 #include "platform/nvram.h"
 #include "platform/snmp.h"
@@ -16,9 +17,127 @@ const char* next_text(const char* function, char (&text)[kSize]) {
   return next_answer(function, text, kSize - 1) == 0 ? nullptr : text;
 }
 
+// A call that answers a number.
+int call(const char* function) {
+  log_call("%s", function);
+  return static_cast<int>(next_answer(function));
+}
+
+int call(const char* function, const char* text) {
+  log_call("%s %s", function, text);
+  return static_cast<int>(next_answer(function));
+}
+
+int call(const char* function, uint32_t number) {
+  log_call("%s %u", function, number);
+  return static_cast<int>(next_answer(function));
+}
+
+int call_for_text(const char* function, char* buffer, uint32_t room) {
+  log_call("%s %u", function, room);
+  return static_cast<int>(next_answer(function, buffer, room));
+}
+
 }  // namespace
 
 #pragma GCC visibility push(default)
+
+int ApiLoginByIpName(const char* user, const char* ip, uint32_t timeout) {
+  log_call("%s %s %s %u", __func__, user, ip, timeout);
+  return static_cast<int>(next_answer(__func__));
+}
+
+int ApiLoginByMacName(const char* user, const char* mac, uint32_t timeout) {
+  log_call("%s %s %s %u", __func__, user, mac, timeout);
+  return static_cast<int>(next_answer(__func__));
+}
+
+int ApiLoginByIpAndMacName(const char* user, const char* ip, const char* mac, uint32_t timeout) {
+  log_call("%s %s %s %s %u", __func__, user, ip, mac, timeout);
+  return static_cast<int>(next_answer(__func__));
+}
+
+int ApiLogoutByIp(const char* ip) { return call(__func__, ip); }
+
+int ApiLogoutByMac(const char* mac) { return call(__func__, mac); }
+
+int ApiIsIpOnline(const char* ip) { return call(__func__, ip); }
+
+int ApiIsMacOnline(const char* mac) { return call(__func__, mac); }
+
+int ApiIsIpMacOnline(const char* ip, const char* mac) {
+  log_call("%s %s %s", __func__, ip, mac);
+  return static_cast<int>(next_answer(__func__));
+}
+
+int ApiGetOnlineInfoByIp(OnlineInfo* info, const char* ip) {
+  log_call("%s %s", __func__, ip);
+  return static_cast<int>(next_answer(__func__, info, sizeof *info));
+}
+
+int ApiGetOnlineInfoByMac(OnlineInfo* info, const char* mac) {
+  log_call("%s %s", __func__, mac);
+  return static_cast<int>(next_answer(__func__, info, sizeof *info));
+}
+
+int ApiGetOnlineInfoByIpAndMac(OnlineInfo* info, const char* ip, const char* mac) {
+  log_call("%s %s %s", __func__, ip, mac);
+  return static_cast<int>(next_answer(__func__, info, sizeof *info));
+}
+
+int ApiGetAllOnlineInfo(OnlineInfo* infos, uint32_t room) {
+  log_call("%s %u", __func__, room);
+  return static_cast<int>(next_answer(__func__, infos, room * sizeof *infos));
+}
+
+int ApiAddWhiteMac(const char* value) { return call(__func__, value); }
+int ApiDelWhiteMac(const char* value) { return call(__func__, value); }
+int ApiGetWhiteMac(char* buffer, uint32_t room) { return call_for_text(__func__, buffer, room); }
+int ApiDelallWhiteMac(void) { return call(__func__); }
+
+int ApiAddWhiteDomain(const char* value) { return call(__func__, value); }
+int ApiDelWhiteDomain(const char* value) { return call(__func__, value); }
+int ApiGetWhiteDomain(char* buffer, uint32_t room) { return call_for_text(__func__, buffer, room); }
+int ApiDelallWhiteDomain(void) { return call(__func__); }
+
+int ApiAddWhiteIp(const char* value) { return call(__func__, value); }
+int ApiDelWhiteIp(const char* value) { return call(__func__, value); }
+int ApiGetWhiteIp(char* buffer, uint32_t room) { return call_for_text(__func__, buffer, room); }
+int ApiDelallWhiteIp(void) { return call(__func__); }
+
+int ApiAddWhiteFip(const char* value) { return call(__func__, value); }
+int ApiDelWhiteFip(const char* value) { return call(__func__, value); }
+int ApiGetWhiteFip(char* buffer, uint32_t room) { return call_for_text(__func__, buffer, room); }
+int ApiDelallWhiteFip(void) { return call(__func__); }
+
+int ApiAddWhitePort(uint32_t port) { return call(__func__, port); }
+int ApiDelWhitePort(uint32_t port) { return call(__func__, port); }
+int ApiGetWhitePort(char* buffer, uint32_t room) { return call_for_text(__func__, buffer, room); }
+int ApiDelallWhitePort(void) { return call(__func__); }
+
+int ApiAddBlackMac(const char* value) { return call(__func__, value); }
+int ApiDelBlackMac(const char* value) { return call(__func__, value); }
+int ApiGetBlackMac(char* buffer, uint32_t room) { return call_for_text(__func__, buffer, room); }
+int ApiDelallBlackMac(void) { return call(__func__); }
+
+int ApiGetAuthenticateState(uint32_t* state, uint32_t* savemac, uint32_t* time, uint32_t* loginmax) {
+  log_call("%s", __func__);
+  uint32_t values[4] = {};
+  const auto number = static_cast<int>(next_answer(__func__, values, sizeof values));
+  *state = values[0];
+  *savemac = values[1];
+  *time = values[2];
+  *loginmax = values[3];
+  return number;
+}
+
+int ApiSetAuthenticateState(uint32_t state, uint32_t savemac, uint32_t time, uint32_t loginmax) {
+  log_call("%s %u %u %u %u", __func__, state, savemac, time, loginmax);
+  return static_cast<int>(next_answer(__func__));
+}
+
+int ApiGetPortal(char* buffer, uint32_t room) { return call_for_text(__func__, buffer, room); }
+int ApiSetPortal(const char* url) { return call(__func__, url); }
 
 const char* nvram_get(const char* key) {
   log_call("nvram_get %s", key);

@@ -98,6 +98,10 @@ Bytes& Bytes::at(size_t offset, const Bytes& other) {
   return *this;
 }
 
+std::string answer(const std::string& function, long returned, const Bytes& bytes) {
+  return "answer " + function + " " + std::to_string(returned) + " " + to_hex(bytes.str()) + "\n";
+}
+
 std::string vek_path() { return setting("VEK_TEST_BINARY", VEK_BINARY); }
 
 Outcome vek(const std::vector<std::string>& words, const std::vector<Reply>& replies,

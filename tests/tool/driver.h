@@ -56,6 +56,9 @@ struct Surroundings {
   std::string shell;   // a shell command that runs "$@" in its own way
 };
 
+// A line of the script: what the next call of a platform function returns and fills in.
+std::string answer(const std::string& function, long returned, const Bytes& bytes = {});
+
 // Runs vek with the words behind its name; the replies answer the gateway's calls in turn.
 Outcome vek(const std::vector<std::string>& words, const std::vector<Reply>& replies = {},
             const Surroundings& surroundings = {});

@@ -18,6 +18,8 @@ constexpr const Module* kModules[] = {
     &kMrModule,
     &kQosModule,
     &kRuleModule,
+    &kUserModule,
+    &kMacUserModule,
 };
 // clang-format on
 

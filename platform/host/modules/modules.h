@@ -12,6 +12,8 @@ extern const Module kFlushModule;
 extern const Module kMrModule;
 extern const Module kQosModule;
 extern const Module kRuleModule;
+extern const Module kUserModule;
+extern const Module kMacUserModule;
 
 std::span<const Module* const> all_modules();
 

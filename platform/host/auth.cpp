@@ -1,0 +1,416 @@
+// Portal authentication of a plain Linux host: each function is one transaction on the state store.
+#include "platform/auth.h"
+
+#include <arpa/inet.h>
+
+#include <algorithm>
+#include <cstdio>
+
+#include "auth/user_records.h"
+#include "host_mac.h"
+#include "modules/macuser.h"
+#include "modules/modules.h"
+#include "platform/address.h"
+#include "settings.h"
+
+namespace {
+
+constexpr int kMaxSessions = 4096;
+constexpr int kMaxListed = 1024;  // values of one list
+constexpr size_t kMaxUrl = 1023;
+constexpr uint32_t kMaxPort = 65535;
+
+// Settings of module 16. 0 is no limit.
+constexpr const char* kMustLogIn = "must log in";
+constexpr const char* kLoginSeconds = "login seconds";
+constexpr const char* kMaxLogins = "max logins";
+
+// What is refused changes nothing and returns the result code, negated.
+template <typename Work>
+int transact(Access access, Work work) {
+  try {
+    Store store = open_state(access);
+    const int result = work(store);
+    store.commit();
+    return result;
+  } catch (const Refusal& refusal) {
+    return -static_cast<int>(refusal.code);
+  } catch (const std::exception& error) {
+    fprintf(stderr, "vek: %s\n", error.what());
+    return -1;
+  }
+}
+
+// As much of the text as fits, with its NUL. Returns the length of it all.
+int write_text(char* buffer, uint32_t room, std::string_view text) {
+  if (buffer != nullptr && room > 0) {
+    const size_t length = std::min<size_t>(text.size(), room - 1);
+    memcpy(buffer, text.data(), length);
+    buffer[length] = '\0';
+  }
+  return static_cast<int>(text.size());
+}
+
+// ---- Hosts ----
+
+// A host by its IP address, its MAC address, or both; zero where it is not known by one of them.
+struct HostKey {
+  uint32_t ip = 0;  // as a number
+  uint8_t mac[6] = {};
+};
+
+void read_ip(HostKey& host, const char* text) {
+  host.ip = ntohl(StrToIp(text));
+  if (host.ip == 0) throw Refusal{kBadAddress};
+}
+
+void read_mac(HostKey& host, const char* text) {
+  if (StrToMac(text, host.mac) != 0 || !is_host_mac(host.mac)) throw Refusal{kBadAddress};
+}
+
+HostKey by_ip(const char* ip) {
+  HostKey host;
+  read_ip(host, ip);
+  return host;
+}
+
+HostKey by_mac(const char* mac) {
+  HostKey host;
+  read_mac(host, mac);
+  return host;
+}
+
+HostKey by_both(const char* ip, const char* mac) {
+  HostKey host = by_ip(ip);
+  read_mac(host, mac);
+  return host;
+}
+
+std::string ip_text(uint32_t ip) {
+  char text[64];
+  return IpToStr(text, htonl(ip));
+}
+
+std::string mac_text(const uint8_t (&mac)[6]) {
+  char text[18];
+  return MacToStr(text, mac);
+}
+
+// ---- Lists ----
+
+constexpr std::string_view kWhiteMac = "white mac";
+constexpr std::string_view kWhiteDomain = "white domain";
+constexpr std::string_view kWhiteIp = "white ip";
+constexpr std::string_view kWhiteFip = "white fip";
+constexpr std::string_view kWhitePort = "white port";
+constexpr std::string_view kBlackMac = "black mac";
+
+// Each value has one form only, so that it is in its list once. A malformed one is the empty text.
+std::string mac_value(const char* text) {
+  HostKey host;
+  const bool is_good = StrToMac(text, host.mac) == 0 && is_host_mac(host.mac);
+  return is_good ? mac_text(host.mac) : "";
+}
+
+std::string ip_value(const char* text) {
+  const uint32_t ip = ntohl(StrToIp(text));
+  return ip == 0 ? "" : ip_text(ip);
+}
+
+std::string port_value(uint32_t port) { return port == 0 || port > kMaxPort ? "" : std::to_string(port); }
+
+// A name of letters, digits, '-' and '_' between dots, or "*." and such a name for all below it.
+std::string domain_value(const char* text) {
+  constexpr size_t kMaxName = 253;
+  constexpr size_t kMaxLabel = 63;
+  std::string name = text == nullptr ? "" : text;
+  size_t label = 0;
+  for (size_t at = name.starts_with("*.") ? 2 : 0; at < name.size(); ++at) {
+    const char c = name[at];
+    if (c >= 'A' && c <= 'Z') name[at] = static_cast<char>(c - 'A' + 'a');
+    const bool is_label_char =
+        (name[at] >= 'a' && name[at] <= 'z') || (c >= '0' && c <= '9') || c == '-' || c == '_';
+    if (!is_label_char && (c != '.' || label == 0)) return "";
+    label = c == '.' ? 0 : label + 1;
+    if (label > kMaxLabel) return "";
+  }
+  return label == 0 || name.size() > kMaxName ? "" : name;
+}
+
+void add_value(Store& store, std::string_view list, const std::string& value) {
+  if (value.empty()) throw Refusal{kBadValue};
+  store.execute("INSERT OR IGNORE INTO portal_list (list, value) VALUES (?, ?)", list, value);
+  if (store.number("SELECT count(*) FROM portal_list WHERE list = ?", list) > kMaxListed) {
+    throw Refusal{kTableFull};
+  }
+}
+
+int add(std::string_view list, const std::string& value) {
+  return transact(kWrites, [&](Store& store) {
+    add_value(store, list, value);
+    return 0;
+  });
+}
+
+int del(std::string_view list, const std::string& value) {
+  return transact(kWrites, [&](Store& store) {
+    if (store.execute("DELETE FROM portal_list WHERE list = ? AND value = ?", list, value) == 0) {
+      throw Refusal{kNoSuchEntry};
+    }
+    return 0;
+  });
+}
+
+int get(std::string_view list, char* buffer, uint32_t room) {
+  return transact(kReads, [&](Store& store) {
+    Statement row = store.query("SELECT value FROM portal_list WHERE list = ? ORDER BY id", list);
+    std::string all;
+    for (std::string value; row.next();) {
+      row.read(value);
+      if (!all.empty()) all += ',';
+      all += value;
+    }
+    return write_text(buffer, room, all);
+  });
+}
+
+int delete_all(std::string_view list) {
+  return transact(kWrites, [&](Store& store) {
+    store.execute("DELETE FROM portal_list WHERE list = ?", list);
+    return 0;
+  });
+}
+
+// ---- Sessions ----
+
+// The account by which this host may log in now. An address that is not known breaks no binding.
+uint32_t account_for_login(Store& store, std::string_view name, const HostKey& host) {
+  Statement row = store.query(
+      "SELECT userid, max, (SELECT count(*) FROM session WHERE session.userid = account.userid) "
+      "FROM account WHERE name = ?1 AND flags & ?4 AND NOT flags & ?5 AND NOT locked"
+      "  AND (ddate = 0 OR ddate > unixepoch())"
+      "  AND (NOT flags & ?6 OR ?2 = 0 OR ?2 BETWEEN ip_start AND ip_end)"
+      "  AND (NOT flags & ?7 OR ?3 = zeroblob(6) OR ?3 = mac)",
+      name, host.ip, host.mac, kUserWeb, kUserOff, kUserFixedIp, kUserFixedMac);
+  if (!row.next()) throw Refusal{kUnknownUser};
+  uint32_t userid;
+  uint32_t max;
+  uint32_t logins;
+  row.read(userid, max, logins);
+  for (const uint32_t limit : {max, get_setting(store, kModuleUser, kMaxLogins)}) {
+    if (limit != 0 && logins >= limit) throw Refusal{kTableFull};
+  }
+  return userid;
+}
+
+// Logs a host in, in place of what it was logged in as. A null user logs in without an account; without
+// seconds the login lasts as long as logins are set to.
+int log_in(Store& store, const char* user, const HostKey& host, uint32_t seconds) {
+  if (store.number("SELECT count(*) FROM portal_list WHERE list = ? AND value = ?", kBlackMac,
+                   mac_text(host.mac)) > 0) {
+    throw Refusal{kSwitchedOff};
+  }
+  store.execute(
+      "DELETE FROM session WHERE until <= unixepoch() OR (?1 <> 0 AND ip = ?1)"
+      "  OR (?2 <> zeroblob(6) AND mac = ?2)",
+      host.ip, host.mac);
+  const uint32_t userid = user == nullptr ? 0 : account_for_login(store, user, host);
+  if (seconds == 0) seconds = get_setting(store, kModuleUser, kLoginSeconds);
+  store.execute(
+      "INSERT INTO session (userid, service, ip, mac, until)"
+      "  VALUES (nullif(?1, 0), ?2, ?3, ?4, iif(?5 = 0, 0x7fffffffffffffff, unixepoch() + ?5))",
+      userid, kUserWeb, host.ip, host.mac, seconds);
+  if (store.number("SELECT count(*) FROM session") > kMaxSessions) throw Refusal{kTableFull};
+  if (userid != 0 && is_host_mac(host.mac)) remember_mac(store, host.mac, userid);
+  return 0;
+}
+
+int log_out(Store& store, const HostKey& host) {
+  if (store.execute("DELETE FROM session WHERE until > unixepoch() AND (?1 = 0 OR ip = ?1)"
+                    "  AND (?2 = zeroblob(6) OR mac = ?2)",
+                    host.ip, host.mac) == 0) {
+    throw Refusal{kUnknownHost};
+  }
+  return 0;
+}
+
+// The hosts that are on line; with a key, those that it means.
+Statement online_hosts(Store& store, const HostKey& host = {}) {
+  return store.query(
+      "SELECT ip, mac, up, down, send, recv FROM online WHERE (?1 = 0 OR ip = ?1)"
+      "  AND (?2 = zeroblob(6) OR mac = ?2) ORDER BY session",
+      host.ip, host.mac);
+}
+
+// What is not known of a host is the empty text.
+OnlineInfo read_host(const Statement& row) {
+  OnlineInfo info = {};
+  HostKey host;
+  row.read(host.ip, host.mac, info.up, info.down, info.send, info.recv);
+  if (host.ip != 0) copy_text(info.ip, ip_text(host.ip));
+  if (is_host_mac(host.mac)) copy_text(info.mac, mac_text(host.mac));
+  return info;
+}
+
+// With a null info only asks.
+int find_host(Store& store, const HostKey& host, OnlineInfo* info) {
+  Statement row = online_hosts(store, host);
+  if (!row.next()) throw Refusal{kUnknownHost};
+  if (info != nullptr) *info = read_host(row);
+  return 0;
+}
+
+}  // namespace
+
+#pragma GCC visibility push(default)
+
+// ---- Log in and out ----
+
+int ApiLoginByIpName(const char* user, const char* ip, uint32_t timeout) {
+  return transact(kWrites, [&](Store& store) { return log_in(store, user, by_ip(ip), timeout); });
+}
+
+int ApiLoginByMacName(const char* user, const char* mac, uint32_t timeout) {
+  return transact(kWrites, [&](Store& store) { return log_in(store, user, by_mac(mac), timeout); });
+}
+
+int ApiLoginByIpAndMacName(const char* user, const char* ip, const char* mac, uint32_t timeout) {
+  return transact(kWrites, [&](Store& store) { return log_in(store, user, by_both(ip, mac), timeout); });
+}
+
+int ApiLogoutByIp(const char* ip) {
+  return transact(kWrites, [&](Store& store) { return log_out(store, by_ip(ip)); });
+}
+
+int ApiLogoutByMac(const char* mac) {
+  return transact(kWrites, [&](Store& store) { return log_out(store, by_mac(mac)); });
+}
+
+int ApiLogoutByIpAndMac(const char* ip, const char* mac) {
+  return transact(kWrites, [&](Store& store) { return log_out(store, by_both(ip, mac)); });
+}
+
+// ---- Who is on line ----
+
+int ApiIsIpOnline(const char* ip) {
+  return transact(kReads, [&](Store& store) { return find_host(store, by_ip(ip), nullptr); });
+}
+
+int ApiIsMacOnline(const char* mac) {
+  return transact(kReads, [&](Store& store) { return find_host(store, by_mac(mac), nullptr); });
+}
+
+int ApiIsIpMacOnline(const char* ip, const char* mac) {
+  return transact(kReads, [&](Store& store) { return find_host(store, by_both(ip, mac), nullptr); });
+}
+
+int ApiGetOnlineInfoByIp(OnlineInfo* info, const char* ip) {
+  return transact(kReads, [&](Store& store) { return find_host(store, by_ip(ip), info); });
+}
+
+int ApiGetOnlineInfoByMac(OnlineInfo* info, const char* mac) {
+  return transact(kReads, [&](Store& store) { return find_host(store, by_mac(mac), info); });
+}
+
+int ApiGetOnlineInfoByIpAndMac(OnlineInfo* info, const char* ip, const char* mac) {
+  return transact(kReads, [&](Store& store) { return find_host(store, by_both(ip, mac), info); });
+}
+
+int ApiGetAllOnlineInfo(OnlineInfo* infos, uint32_t room) {
+  return transact(kReads, [&](Store& store) {
+    int count = 0;
+    for (Statement row = online_hosts(store); row.next(); ++count) {
+      if (infos == nullptr) continue;
+      if (static_cast<uint32_t>(count) >= room) break;
+      infos[count] = read_host(row);
+    }
+    return count;
+  });
+}
+
+// ---- White lists and black list ----
+
+int ApiAddWhiteMac(const char* mac) { return add(kWhiteMac, mac_value(mac)); }
+int ApiDelWhiteMac(const char* mac) { return del(kWhiteMac, mac_value(mac)); }
+int ApiGetWhiteMac(char* buffer, uint32_t room) { return get(kWhiteMac, buffer, room); }
+int ApiDelallWhiteMac() { return delete_all(kWhiteMac); }
+
+int ApiAddWhiteDomain(const char* domain) { return add(kWhiteDomain, domain_value(domain)); }
+int ApiDelWhiteDomain(const char* domain) { return del(kWhiteDomain, domain_value(domain)); }
+int ApiGetWhiteDomain(char* buffer, uint32_t room) { return get(kWhiteDomain, buffer, room); }
+int ApiDelallWhiteDomain() { return delete_all(kWhiteDomain); }
+
+int ApiAddWhiteIp(const char* ip) { return add(kWhiteIp, ip_value(ip)); }
+int ApiDelWhiteIp(const char* ip) { return del(kWhiteIp, ip_value(ip)); }
+int ApiGetWhiteIp(char* buffer, uint32_t room) { return get(kWhiteIp, buffer, room); }
+int ApiDelallWhiteIp() { return delete_all(kWhiteIp); }
+
+int ApiAddWhiteFip(const char* ip) { return add(kWhiteFip, ip_value(ip)); }
+int ApiDelWhiteFip(const char* ip) { return del(kWhiteFip, ip_value(ip)); }
+int ApiGetWhiteFip(char* buffer, uint32_t room) { return get(kWhiteFip, buffer, room); }
+int ApiDelallWhiteFip() { return delete_all(kWhiteFip); }
+
+int ApiAddWhitePort(uint32_t port) { return add(kWhitePort, port_value(port)); }
+int ApiDelWhitePort(uint32_t port) { return del(kWhitePort, port_value(port)); }
+int ApiGetWhitePort(char* buffer, uint32_t room) { return get(kWhitePort, buffer, room); }
+int ApiDelallWhitePort() { return delete_all(kWhitePort); }
+
+// Who is put on the black list is logged out.
+int ApiAddBlackMac(const char* mac) {
+  return transact(kWrites, [&](Store& store) {
+    add_value(store, kBlackMac, mac_value(mac));
+    store.execute("DELETE FROM session WHERE mac = ?", by_mac(mac).mac);
+    return 0;
+  });
+}
+int ApiDelBlackMac(const char* mac) { return del(kBlackMac, mac_value(mac)); }
+int ApiGetBlackMac(char* buffer, uint32_t room) { return get(kBlackMac, buffer, room); }
+int ApiDelallBlackMac() { return delete_all(kBlackMac); }
+
+// ---- Settings ----
+
+// Remembering logins is the MAC memory's switch, which macuser shows too.
+int ApiGetAuthenticateState(uint32_t* state, uint32_t* savemac, uint32_t* time, uint32_t* loginmax) {
+  if (state == nullptr || savemac == nullptr || time == nullptr || loginmax == nullptr) return -kBadValue;
+  return transact(kReads, [&](Store& store) {
+    *state = get_setting(store, kModuleUser, kMustLogIn);
+    *savemac = get_setting(store, kModuleMacUser, kRemember);
+    *time = get_setting(store, kModuleUser, kLoginSeconds);
+    *loginmax = get_setting(store, kModuleUser, kMaxLogins);
+    return 0;
+  });
+}
+
+int ApiSetAuthenticateState(uint32_t state, uint32_t savemac, uint32_t time, uint32_t loginmax) {
+  if (state > 1 || savemac > 1) return -kBadValue;
+  return transact(kWrites, [&](Store& store) {
+    set_setting(store, kModuleUser, kMustLogIn, state);
+    set_setting(store, kModuleMacUser, kRemember, savemac);
+    set_setting(store, kModuleUser, kLoginSeconds, time);
+    set_setting(store, kModuleUser, kMaxLogins, loginmax);
+    return 0;
+  });
+}
+
+int ApiGetPortal(char* buffer, uint32_t room) {
+  return transact(kReads, [&](Store& store) {
+    std::string url;
+    Statement row = store.query("SELECT url FROM portal");
+    if (row.next()) row.read(url);
+    return write_text(buffer, room, url);
+  });
+}
+
+// Of printing characters without blank, quote and backslash, as URLs are.
+int ApiSetPortal(const char* url) {
+  const std::string_view text = url == nullptr ? "" : url;
+  const auto is_url_char = [](char c) { return c > ' ' && c < 0x7f && c != '"' && c != '\\'; };
+  if (text.empty() || text.size() > kMaxUrl || !std::ranges::all_of(text, is_url_char)) return -kBadValue;
+  return transact(kWrites, [&](Store& store) {
+    store.execute("DELETE FROM portal");
+    store.execute("INSERT INTO portal VALUES (?)", text);
+    return 0;
+  });
+}
+
+#pragma GCC visibility pop
