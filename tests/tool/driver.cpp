@@ -7,6 +7,7 @@
 #include <cstdlib>
 #include <cstring>
 #include <fstream>
+#include <iterator>
 #include <sstream>
 
 namespace {
@@ -21,10 +22,11 @@ std::string to_hex(std::string_view bytes) {
   return hex;
 }
 
-std::string from_hex(std::string_view digits) {
+std::string from_hex(std::string digits) {
+  std::erase(digits, ' ');
   std::string bytes;
   for (size_t i = 0; i + 1 < digits.size(); i += 2) {
-    bytes += static_cast<char>(std::stoi(std::string(digits.substr(i, 2)), nullptr, 16));
+    bytes += static_cast<char>(std::stoi(digits.substr(i, 2), nullptr, 16));
   }
   return bytes;
 }
@@ -74,7 +76,7 @@ Bytes& Bytes::text(size_t offset, std::string_view value) {
 }
 
 Bytes& Bytes::hex(size_t offset, std::string_view digits) {
-  put(offset, from_hex(digits));
+  put(offset, from_hex(std::string(digits)));
   return *this;
 }
 
@@ -96,6 +98,11 @@ Bytes& Bytes::ip(size_t offset, std::string_view dotted) {
 Bytes& Bytes::at(size_t offset, const Bytes& other) {
   put(offset, other.str());
   return *this;
+}
+
+std::vector<std::string> split(const std::string& words) {
+  std::istringstream stream(words);
+  return {std::istream_iterator<std::string>(stream), {}};
 }
 
 std::string answer(const std::string& function, long returned, const Bytes& bytes) {

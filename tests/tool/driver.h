@@ -12,7 +12,7 @@
 class Bytes {
  public:
   Bytes& text(size_t offset, std::string_view value);
-  Bytes& hex(size_t offset, std::string_view digits);
+  Bytes& hex(size_t offset, std::string_view digits);  // blanks between fields do not matter
   Bytes& u8(size_t offset, uint64_t value) { return number(offset, value, 1); }
   Bytes& u16(size_t offset, uint64_t value) { return number(offset, value, 2); }
   Bytes& u32(size_t offset, uint64_t value) { return number(offset, value, 4); }
@@ -55,6 +55,9 @@ struct Surroundings {
   std::string script;  // further lines of the script
   std::string shell;   // a shell command that runs "$@" in its own way
 };
+
+// Words that are separated by blanks.
+std::vector<std::string> split(const std::string& words);
 
 // A line of the script: what the next call of a platform function returns and fills in.
 std::string answer(const std::string& function, long returned, const Bytes& bytes = {});
