@@ -2,7 +2,8 @@
 //
 // An input is a number of words, the words (a length and that many bytes each), and the answers: for each
 // call of the gateway a byte for what it returns, the result code, and pieces (offset, length, bytes) that
-// are written over the record.
+// are written over the record; for each call of another function a byte for what it returns (127: two more
+// bytes say), a length, and as many bytes to fill in.
 #include <sys/types.h>
 
 #include <algorithm>
@@ -76,7 +77,8 @@ int tesvel_order_opt_fun(void* record, uint32_t length) {
 void log_call(const char*, ...) {}
 
 long next_answer(const char*, void* destination, size_t room) {
-  const auto number = answers.number<int8_t>();
+  long number = answers.number<int8_t>();
+  if (number == INT8_MAX) number = answers.number<int16_t>();
   const size_t size = answers.number<uint16_t>();
   if (room > 0) answers.take(destination, size < room ? size : room);
   return number;
