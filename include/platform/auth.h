@@ -10,7 +10,7 @@
 extern "C" {
 #endif
 
-// One host that is on line. Texts end at their NUL.
+// One host that is on line. Texts end at their NUL; one is empty where the host is not known by it.
 struct OnlineInfo {
   char ip[48];
   char mac[24];
@@ -22,7 +22,8 @@ struct OnlineInfo {
 
 // ---- Log in and out ----
 
-// Log a host in for `timeout` seconds. `user` may be null: a login without a name.
+// Log a host in for `timeout` seconds; 0 takes the time that logins are set to. `user` may be null: a login
+// without a name. A host that is on line is logged in anew, whichever of its addresses is the same.
 int ApiLoginByIpName(const char* user, const char* ip, uint32_t timeout);
 int ApiLoginByMacName(const char* user, const char* mac, uint32_t timeout);
 int ApiLoginByIpAndMacName(const char* user, const char* ip, const char* mac, uint32_t timeout);
@@ -34,7 +35,7 @@ int ApiLogoutByIpAndMac(const char* ip, const char* mac);
 
 // ---- Who is on line ----
 
-// 0 or more when the host is on line, negative when it is not.
+// 0 or more when the host is on line, negative when it is not. With both addresses, it must be known by both.
 int ApiIsIpOnline(const char* ip);
 int ApiIsMacOnline(const char* mac);
 int ApiIsIpMacOnline(const char* ip, const char* mac);
@@ -84,6 +85,7 @@ int ApiDelWhitePort(uint32_t port);
 int ApiGetWhitePort(char* buffer, uint32_t room);
 int ApiDelallWhitePort(void);
 
+// Hosts that may not log in; adding one logs it out.
 int ApiAddBlackMac(const char* mac);
 int ApiDelBlackMac(const char* mac);
 int ApiGetBlackMac(char* buffer, uint32_t room);
@@ -92,11 +94,13 @@ int ApiDelallBlackMac(void);
 // ---- Settings ----
 
 // state: 1 when hosts have to log in, else 0; savemac: 1 when a login is remembered for the host's MAC, else
-// 0; time: how long a login lasts; loginmax: how many hosts one user may log in, 0 for no limit.
+// 0; time: how long a login lasts, 0 for no end; loginmax: how many hosts one user may log in, 0 for no
+// limit.
 int ApiGetAuthenticateState(uint32_t* state, uint32_t* savemac, uint32_t* time, uint32_t* loginmax);
 int ApiSetAuthenticateState(uint32_t state, uint32_t savemac, uint32_t time, uint32_t loginmax);
 
-// The address of the portal page. Get writes as much as fits into `room` bytes, NUL included.
+// The address of the portal page, at most 1023 characters. Get works as that of a list does; before the first
+// set the address is the empty text.
 int ApiGetPortal(char* buffer, uint32_t room);
 int ApiSetPortal(const char* url);
 

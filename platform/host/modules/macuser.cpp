@@ -84,6 +84,6 @@ void remember_mac(Store& store, const uint8_t (&mac)[6], uint32_t userid) {
       mac, userid);
   store.execute(
       "DELETE FROM mac_memory WHERE mac IN"
-      "  (SELECT mac FROM mac_remembered ORDER BY ?1 > 0 AND unseen > ?1, unseen LIMIT -1 OFFSET ?2)",
-      timeout(store), kMaxRemembered);
+      "  (SELECT mac FROM mac_remembered ORDER BY unseen LIMIT -1 OFFSET ?)",
+      kMaxRemembered);
 }

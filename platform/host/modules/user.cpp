@@ -181,7 +181,7 @@ CREATE TABLE account (
   ip_start INTEGER NOT NULL,
   ip_end INTEGER NOT NULL,
   ddate INTEGER NOT NULL DEFAULT 0,       -- 0: never
-  max INTEGER NOT NULL,
+  max INTEGER NOT NULL,                   -- hosts logged in at once; 0: no limit
   up_speed INTEGER NOT NULL,
   down_speed INTEGER NOT NULL,
   mac BLOB NOT NULL,
