@@ -15,7 +15,7 @@ bool parse_account(UserRecord& user, const Args& args) {
   if (args.is(2, "del")) return true;
   if (args.count() < 15) return false;
   copy_text(user.pwd, args[4]);
-  user.gid = static_cast<uint8_t>(args.number(5));
+  user.gid = args.number<uint8_t>(5);
   unsigned flags = 0;
   if (args.is(6, "next")) {
     flags = kUserAnyIp;
@@ -186,20 +186,16 @@ constexpr SubCommand kUser[] = {
 };
 // clang-format on
 
-int show_traffic(const Args& args) {
-  constexpr const char* kUsage = "user stat name";
-  if (args.count() != 4) {
-    print_order_usage(args, kUsage);
-    return kStatusRejected;
-  }
-  DirectRequest<1024> request(kModuleUser, kUserStat);
-  auto& stat = request.payload<UserStat>();
+BuildResult build_stat(UserStat& stat, const Args& args) {
+  if (args.count() != 4) return kTextAlone;
   copy_text(stat.name, args[3]);
-  if (!request.send()) return report_gateway_failure(args, kUsage);
-  if (request.result() != 0) return report_kernel_error(request.result());
-  print("up:%luK down:%luK \n  ok\n", stat.up >> 10, stat.down >> 10);
-  return kStatusOk;
+  return kBuilt;
 }
+
+void print_stat(const UserStat& stat) { print("up:%luK down:%luK \n  ok\n", stat.up >> 10, stat.down >> 10); }
+
+constexpr DirectCommand kStat = {
+    "stat", kUserStat, 1024, "user stat name", build_as<build_stat>, print_as<print_stat>};
 
 bool parse_setting(MacUserSetting& setting, const Args& args) {
   if (args.count() < 5) return false;
@@ -246,8 +242,7 @@ constexpr SubCommand kMacUser[] = {
 }  // namespace
 
 int cmd_user(int argc, char** argv, const CommandEntry* entry) {
-  const Args args(argc, argv);
-  if (args.is(2, "stat")) return show_traffic(args);
+  if (Args(argc, argv).is(2, kStat.word)) return run_direct(kModuleUser, kStat, argc, argv);
   return run_sub_command(kModuleUser, kUser, argc, argv, entry);
 }
 

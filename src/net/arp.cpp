@@ -46,7 +46,7 @@ bool parse_binding(ArpBinding& binding, const Args& args) {
 bool parse_bulk(ArpBinding& binding, const Args& args) {
   if (args.count() < 5) return false;
   copy_text(binding.dev, args[3]);
-  binding.type = static_cast<uint16_t>(args.number(4));
+  binding.type = args.number<uint16_t>(4);
   return true;
 }
 

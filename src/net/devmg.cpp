@@ -11,7 +11,7 @@ bool parse_entry(DevEntry& entry, const Args& args) {
   copy_text(entry.dev, args[3]);
   if (!args.is(2, "add")) return true;
   if (args.count() < 5) return false;
-  entry.type = static_cast<uint16_t>(args.number(4));
+  entry.type = args.number<uint16_t>(4);
   return true;
 }
 
@@ -20,9 +20,9 @@ uint8_t work_mode(std::string_view word) { return word == "router" ? 1 : word ==
 bool parse_settings(DevEntry& entry, const Args& args) {
   if (args.count() < 7) return false;
   copy_text(entry.dev, args[3]);
-  entry.jb_en = static_cast<uint8_t>(args.number(4));
+  entry.jb_en = args.number<uint8_t>(4);
   entry.wk_mode = work_mode(args[5]);
-  entry.isp = static_cast<uint8_t>(args.number(6));
+  entry.isp = args.number<uint8_t>(6);
   return true;
 }
 
