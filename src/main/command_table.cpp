@@ -44,7 +44,7 @@ constexpr CommandEntry kCommandTable[] = {
     {"ctrule", nullptr, "add del list defset defget"},
     {"ddos_fy", nullptr, "mac_set mac_get set"},
     {"ddos", nullptr, "mac_set mac_get wan_attack protect_set protect_get lan_protect_set lan_protect_get"},
-    {"hi", nullptr, "list runinfo ct qq gxcfg_set gxcfg_get set_ageing snmpscan"},
+    {"hi", cmd_hi, "list runinfo ct qq gxcfg_set gxcfg_get set_ageing snmpscan"},
     {"tmp_qos_xz", nullptr, "set"},
     {"pppoe", nullptr, "set_base set_opt devmg show"},
     {"user", cmd_user, "add del list group_add group_del group_list autoscan get_auto voucher_list"},

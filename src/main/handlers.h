@@ -11,6 +11,7 @@ int cmd_qos(int argc, char** argv, const CommandEntry* entry);
 int cmd_mr(int argc, char** argv, const CommandEntry* entry);
 int cmd_rule(int argc, char** argv, const CommandEntry* entry);
 int cmd_user(int argc, char** argv, const CommandEntry* entry);
+int cmd_hi(int argc, char** argv, const CommandEntry* entry);
 int cmd_malloc(int argc, char** argv, const CommandEntry* entry);
 int cmd_fls(int argc, char** argv, const CommandEntry* entry);
 int cmd_macuser(int argc, char** argv, const CommandEntry* entry);

@@ -59,12 +59,13 @@ class Answer {
     uint32_t count_;
   };
 
-  // As many entries as the answer counts (none for a count below 1) and the record holds.
+  // As many entries as the answer counts (none for a count below 1) and the record holds. Takes counts of
+  // either sign.
   template <typename T>
-  Entries<T> entries(uint32_t offset, int32_t count) const {
-    const uint32_t fitting = room(offset) / uint32_t{sizeof(T)};
+  Entries<T> entries(uint32_t offset, int64_t count) const {
+    const int64_t fitting = room(offset) / sizeof(T);
     return {payload_ + (fitting > 0 ? offset : 0),
-            count > 0 ? std::min(static_cast<uint32_t>(count), fitting) : 0};
+            static_cast<uint32_t>(std::clamp(count, int64_t{0}, fitting))};
   }
 
   // The list that most answers consist of.
