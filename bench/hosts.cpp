@@ -1,5 +1,5 @@
-// Writes the answer to a list of made-up hosts: the payload that bench/gateway.cpp gives out. The count is that
-// of the first argument, the size of an entry that of the second.
+// Writes the answer to a list of made-up hosts: the payload that bench/gateway.cpp gives out. The count is
+// that of the first argument, the size of an entry that of the second.
 #include <cstdio>
 #include <cstdlib>
 #include <vector>

@@ -1,119 +1,176 @@
 // The run-time half of print: formats numbers and texts and hands them to stdio in large pieces.
 #include "args/print.h"
 
-#include <algorithm>
-#include <charconv>
+#include <array>
 #include <cstdio>
 
 namespace print_detail {
 namespace {
 
-// Gathers the output of one call on the stack; stdio is asked once, or once a full buffer.
+constexpr size_t kMaxDigits = 20;  // of UINT64_MAX
+
+// The numbers below 100, two digits each.
+constexpr auto kPairs = [] {
+  std::array<char, 200> digits{};
+  for (size_t i = 0; i < digits.size(); ++i)
+    digits[i] = static_cast<char>('0' + (i % 2 == 0 ? i / 20 : i / 2 % 10));
+  return digits;
+}();
+
+// Writes the digits in front of `end` and returns where they begin.
+char* decimal_before(char* end, uint64_t number) {
+  for (; number >= 100; number /= 100) memcpy(end -= 2, &kPairs[number % 100 * 2], 2);
+  if (number >= 10) return static_cast<char*>(memcpy(end - 2, &kPairs[number * 2], 2));
+  *--end = static_cast<char>('0' + number);
+  return end;
+}
+
+char* hexadecimal_before(char* end, uint64_t number, bool upper_case) {
+  const char* const digits = upper_case ? "0123456789ABCDEF" : "0123456789abcdef";
+  do {
+    *--end = digits[number % 16];
+    number /= 16;
+  } while (number != 0);
+  return end;
+}
+
+// Copies kSize bytes to the beginning and to the end of what may be shorter than both together.
+template <size_t kSize>
+void copy_ends(char* to, const char* from, size_t length) {
+  memcpy(to, from, kSize);
+  memcpy(to + length - kSize, from + length - kSize, kSize);
+}
+
+// Most pieces are so short that calling memcpy would cost more than the copy; here the sizes are constants.
+void copy(char* to, const char* from, size_t length) {
+  if (length > 32) {
+    memcpy(to, from, length);
+  } else if (length >= 16) {
+    copy_ends<16>(to, from, length);
+  } else if (length >= 8) {
+    copy_ends<8>(to, from, length);
+  } else if (length >= 4) {
+    copy_ends<4>(to, from, length);
+  } else if (length >= 2) {
+    copy_ends<2>(to, from, length);
+  } else if (length == 1) {
+    *to = *from;
+  }
+}
+
+// Gathers the output of one call on the stack; stdio is asked once, or once a full buffer. Where it has got
+// to is kept by its users, who return it from function to function, so that it never leaves a register.
 class Writer {
  public:
   explicit Writer(FILE* file) : file_(file) {}
-  ~Writer() { flush(); }
   Writer(const Writer&) = delete;
   Writer& operator=(const Writer&) = delete;
 
-  void put(const char* text, size_t length) {
-    if (length > sizeof buffer_ - used_) {
-      flush();
+  char* begin() { return buffer_; }
+
+  char* put(char* at, const char* text, size_t length) {
+    if (length > static_cast<size_t>(buffer_ + sizeof buffer_ - at)) {
+      at = flush(at);
       if (length > sizeof buffer_) {
         fwrite_unlocked(text, 1, length, file_);
-        return;
+        return at;
       }
     }
-    memcpy(buffer_ + used_, text, length);
-    used_ += length;
+    copy(at, text, length);
+    return at + length;
   }
 
-  void pad(char fill, size_t count) {
-    for (; count > 0; --count) put(&fill, 1);
+  char* put(char* at, char character) {
+    if (at == buffer_ + sizeof buffer_) at = flush(at);
+    *at = character;
+    return at + 1;
+  }
+
+  char* pad(char* at, char fill, size_t count) {
+    for (; count > 0; --count) at = put(at, fill);
+    return at;
+  }
+
+  // Hands on what was gathered; the buffer is empty again.
+  char* flush(char* at) {
+    if (at > buffer_) fwrite_unlocked(buffer_, 1, static_cast<size_t>(at - buffer_), file_);
+    return buffer_;
   }
 
  private:
-  void flush() {
-    if (used_ > 0) fwrite_unlocked(buffer_, 1, used_, file_);
-    used_ = 0;
-  }
-
   FILE* file_;
-  size_t used_ = 0;
-  char buffer_[1024];
+  char buffer_[2048];
 };
 
-void put_text(Writer& out, const Conversion& conversion, const char* text, size_t length) {
-  const size_t padding = conversion.width > length ? conversion.width - length : 0;
-  if (!conversion.left) out.pad(' ', padding);
-  out.put(text, length);
-  if (conversion.left) out.pad(' ', padding);
+char* put_text(Writer& out, char* at, const Piece& piece, const char* text, size_t length) {
+  if (piece.width <= length) return out.put(at, text, length);
+  const size_t padding = piece.width - length;
+  if (!piece.left) at = out.pad(at, ' ', padding);
+  at = out.put(at, text, length);
+  return piece.left ? out.pad(at, ' ', padding) : at;
 }
 
-void put_number(Writer& out, const Conversion& conversion, uint64_t number) {
-  char digits[24];
-  const auto write = [&](auto value, int base) {
-    return std::to_chars(digits, digits + sizeof digits, value, base).ptr;
-  };
-  char* end;
-  if (conversion.type == 'd') {
-    end = write(conversion.is_long ? static_cast<int64_t>(number) : static_cast<int32_t>(number), 10);
-  } else {
-    end =
-        write(conversion.is_long ? number : static_cast<uint32_t>(number), conversion.type == 'u' ? 10 : 16);
-    if (conversion.type == 'X') {
-      std::transform(digits, end, digits,
-                     [](char c) { return c >= 'a' ? static_cast<char>(c - 'a' + 'A') : c; });
-    }
+// Digits in base 16, or of a number that is padded.
+char* put_padded(Writer& out, char* at, const Piece& piece, bool is_negative, uint64_t number) {
+  char digits[1 + kMaxDigits];
+  char* const end = digits + sizeof digits;
+  char* first = piece.type == 'x' || piece.type == 'X' ? hexadecimal_before(end, number, piece.type == 'X')
+                                                       : decimal_before(end, number);
+  if (piece.zero && !piece.left) {
+    const size_t length = static_cast<size_t>(end - first) + (is_negative ? 1 : 0);
+    if (is_negative) at = out.put(at, '-');
+    if (piece.width > length) at = out.pad(at, '0', piece.width - length);
+    return out.put(at, first, static_cast<size_t>(end - first));
   }
-  size_t length = static_cast<size_t>(end - digits);
-  const char* first = digits;
-  if (conversion.zero && !conversion.left && conversion.width > length) {
-    if (*first == '-') {
-      out.put(first++, 1);
-      --length;
-      out.pad('0', conversion.width - length - 1);
-    } else {
-      out.pad('0', conversion.width - length);
-    }
-    out.put(first, length);
-    return;
-  }
-  put_text(out, conversion, first, length);
+  if (is_negative) *--first = '-';
+  return put_text(out, at, piece, first, static_cast<size_t>(end - first));
 }
 
-void write_values(FILE* file, const char* format, const Value* values) {
+char* put_number(Writer& out, char* at, const Piece& piece, uint64_t number) {
+  if (!piece.is_long) {
+    number = piece.type == 'd' ? static_cast<uint64_t>(int64_t{static_cast<int32_t>(number)})
+                               : static_cast<uint32_t>(number);
+  }
+  const bool is_negative = piece.type == 'd' && static_cast<int64_t>(number) < 0;
+  if (is_negative) number = 0 - number;
+  if (piece.width > 0 || piece.type == 'x' || piece.type == 'X')
+    return put_padded(out, at, piece, is_negative, number);
+  if (is_negative) at = out.put(at, '-');
+  if (number < 10) return out.put(at, static_cast<char>('0' + number));
+  char digits[kMaxDigits];
+  char* const end = digits + sizeof digits;
+  const char* first = decimal_before(end, number);
+  return out.put(at, first, static_cast<size_t>(end - first));
+}
+
+void write_values(FILE* file, const char* text, const Piece* piece, const Value* value) {
   Writer out(file);
-  while (*format != 0) {
-    const char* literal = format;
-    while (*format != 0 && *format != '%') ++format;
-    out.put(literal, static_cast<size_t>(format - literal));
-    if (*format == 0) break;
-    Conversion conversion;
-    format = read_conversion(format + 1, conversion);
-    if (conversion.type == '%') {
-      out.put("%", 1);
-    } else if (conversion.type == 's') {
-      put_text(out, conversion, values->text, values->length);
-      ++values;
-    } else if (conversion.type == 'c') {
-      const char character = static_cast<char>(values->number);
-      put_text(out, conversion, &character, 1);
-      ++values;
+  char* at = out.begin();
+  for (;; ++piece, ++value) {
+    at = out.put(at, text, piece->literal);
+    text += piece->literal + piece->skip;
+    if (piece->type == 0) break;
+    if (piece->type == 's') {
+      at = put_text(out, at, *piece, value->text, strnlen(value->text, value->room));
+    } else if (piece->type == 'c') {
+      const char character = static_cast<char>(value->number);
+      at = put_text(out, at, *piece, &character, 1);
     } else {
-      put_number(out, conversion, values->number);
-      ++values;
+      at = put_number(out, at, *piece, value->number);
     }
   }
+  out.flush(at);
 }
 
 }  // namespace
 
-void print_values(const char* format, const Value* values) { write_values(stdout, format, values); }
+void print_values(const char* text, const Piece* pieces, const Value* values) {
+  write_values(stdout, text, pieces, values);
+}
 
-void print_error_values(const char* format, const Value* values) {
+void print_error_values(const char* text, const Piece* pieces, const Value* values) {
   fflush(stdout);
-  write_values(stderr, format, values);
+  write_values(stderr, text, pieces, values);
 }
 
 }  // namespace print_detail

@@ -28,82 +28,94 @@ struct Value {
     uint64_t number;  // sign-extended
     const char* text;
   };
-  size_t length = 0;  // of text
+  size_t room = 0;  // of text, which ends at its NUL or here
 
   template <typename T>
   explicit Value(const T& value) {
-    if constexpr (std::is_array_v<T>) {
-      // A field of a record: its text ends at its NUL or where the field does.
+    if constexpr (std::is_array_v<T>) {  // a field of a record
       text = value;
-      length = strnlen(value, sizeof value);
+      room = sizeof value;
     } else if constexpr (std::is_pointer_v<T>) {
       text = value == nullptr ? "(null)" : value;
-      length = strlen(text);
+      room = SIZE_MAX;
     } else {
       number = static_cast<uint64_t>(value);
     }
   }
 };
 
-struct Conversion {
+// A piece of a format: characters to copy, then a conversion.
+struct Piece {
+  uint16_t literal = 0;
+  uint8_t skip = 0;  // characters of the conversion
+  char type = 0;     // d u x X s c; 0 at the end of the format
+  uint8_t width = 0;
   bool left = false;
   bool zero = false;
-  unsigned width = 0;
   bool is_long = false;
-  char type = 0;  // d u x X s c %
 };
 
-// Reads the conversion after a '%' and returns where the format goes on; type is 0 when it is none of ours.
-constexpr const char* read_conversion(const char* at, Conversion& conversion) {
-  for (; *at == '-' || *at == '0'; ++at) (*at == '-' ? conversion.left : conversion.zero) = true;
-  for (; *at >= '0' && *at <= '9'; ++at) conversion.width = conversion.width * 10 + unsigned(*at - '0');
-  for (; *at == 'l' || *at == 'z'; ++at) conversion.is_long = true;
-  for (const char* type = "duxXsc%"; *type != 0; ++type) {
-    if (*at == *type) conversion.type = *type;
+// Reads the conversion after a '%'; type is 0 when it is none of ours.
+consteval Piece read_conversion(const char* percent) {
+  Piece piece;
+  const char* at = percent + 1;
+  for (; *at == '-' || *at == '0'; ++at) (*at == '-' ? piece.left : piece.zero) = true;
+  for (; *at >= '0' && *at <= '9'; ++at) piece.width = static_cast<uint8_t>(piece.width * 10 + (*at - '0'));
+  for (; *at == 'l' || *at == 'z'; ++at) piece.is_long = true;
+  for (const char* type = "duxXsc"; *type != 0; ++type) {
+    if (*at == *type) piece.type = *type;
   }
-  return conversion.type == 0 ? at : at + 1;
+  piece.skip = static_cast<uint8_t>(at + 1 - percent);
+  return piece;
 }
 
 // Never defined: reaching it stops the compiler at the format that is wrong.
 [[noreturn]] void format_and_arguments_disagree();
 
+// A format that was taken to pieces while compiling, so that nothing of it is left to be read at run time.
 template <typename... Args>
 struct Format {
   const char* text;
+  Piece pieces[sizeof...(Args) + 1];
 
   consteval Format(const char* format) : text(format) {
     constexpr Kind kinds[] = {kind_of<Args>()..., Kind::kText};
     size_t used = 0;
+    uint16_t literal = 0;
     for (const char* at = format; *at != 0;) {
-      if (*at++ != '%') continue;
-      Conversion conversion;
-      at = read_conversion(at, conversion);
-      if (conversion.type == '%') continue;
-      const Kind wanted = conversion.type == 's' ? Kind::kText
-                          : conversion.is_long   ? Kind::kLong
-                                                 : Kind::kWord;
-      if (conversion.type == 0 || used == sizeof...(Args) || kinds[used] != wanted)
+      if (*at != '%') {
+        ++literal;
+        ++at;
+        continue;
+      }
+      const Piece piece = read_conversion(at);
+      const Kind wanted = piece.type == 's' ? Kind::kText : piece.is_long ? Kind::kLong : Kind::kWord;
+      if (piece.type == 0 || used == sizeof...(Args) || kinds[used] != wanted)
         format_and_arguments_disagree();
-      ++used;
+      pieces[used] = piece;
+      pieces[used++].literal = literal;
+      literal = 0;
+      at += piece.skip;
     }
     if (used != sizeof...(Args)) format_and_arguments_disagree();
+    pieces[used].literal = literal;
   }
 };
 
-void print_values(const char* format, const Value* values);
-void print_error_values(const char* format, const Value* values);
+void print_values(const char* text, const Piece* pieces, const Value* values);
+void print_error_values(const char* text, const Piece* pieces, const Value* values);
 
 }  // namespace print_detail
 
 template <typename... Args>
 void print(print_detail::Format<std::type_identity_t<Args>...> format, const Args&... args) {
   const print_detail::Value values[] = {print_detail::Value(args)..., print_detail::Value(0)};
-  print_detail::print_values(format.text, values);
+  print_detail::print_values(format.text, format.pieces, values);
 }
 
 // Writes out what standard output still holds first, so that what a person sees is in order.
 template <typename... Args>
 void print_error(print_detail::Format<std::type_identity_t<Args>...> format, const Args&... args) {
   const print_detail::Value values[] = {print_detail::Value(args)..., print_detail::Value(0)};
-  print_detail::print_error_values(format.text, values);
+  print_detail::print_error_values(format.text, format.pieces, values);
 }

@@ -2,6 +2,7 @@
 #include <arpa/inet.h>
 
 #include "args/address_text.h"
+#include "args/bits_text.h"
 #include "args/print.h"
 #include "main/handlers.h"
 #include "net/arp_records.h"
@@ -97,12 +98,9 @@ void print_switch(const ArpSwitch& disonline) { print(" enable:%d\n", disonline.
 void print_list(const Answer& answer) {
   print("ip \t\t check_ip \t\t org_ip \t \t mac \t \t dev \t  type \t state \t del_time\n");
   for (const ArpListEntry& entry : answer.list<ArpListEntry>()) {
-    print("%s\t%s\t%s\t%s\t%s\t%u\t%u[", ip_text(entry.ip).chars, ip_text(entry.check_ip).chars,
-          ip_text(entry.org_ip).chars, mac_text(entry.mac).chars, entry.dev, entry.type, entry.state);
-    for (int bit = 0; bit < 20; ++bit) {
-      if ((entry.state >> bit & 1) != 0) print("%d|", bit);
-    }
-    print("]%d\t%lu\n", entry.count, entry.del_time);
+    print("%s\t%s\t%s\t%s\t%s\t%u\t%u[%s]%d\t%lu\n", ip_text(entry.ip).chars, ip_text(entry.check_ip).chars,
+          ip_text(entry.org_ip).chars, mac_text(entry.mac).chars, entry.dev, entry.type, entry.state,
+          bits_text(entry.state, 20).chars, entry.count, entry.del_time);
   }
 }
 

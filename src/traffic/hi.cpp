@@ -4,6 +4,8 @@
 #include <unistd.h>
 
 #include "args/address_text.h"
+#include "args/bits_text.h"
+
 #include "args/print.h"
 #include "main/handlers.h"
 #include "order/direct.h"
@@ -72,17 +74,13 @@ void print_host(const HostEntry& host) {
       host.typeid_, host.vlanid, host.sp_up >> 10, host.sp_down >> 10, host.creat_tm, host.last_tm,
       host.del_tm, host.pc_flag, host.sys_type, host.user_agent);
   print_counters(host);
-  print("  flag:%lu[", host.flag);
-  for (int bit = 0; bit < 32; ++bit) {
-    if ((host.flag >> bit & 1) != 0) print("%d|", bit);
-  }
   print(
-      "]  third[%d,%d,%d] %s:%s\n"
+      "  flag:%lu[%s]  third[%d,%d,%d] %s:%s\n"
       "  speed_limit:%d|%d devname:%s\n"
       "  tmp_speed_limit:%d|%d",
-      host.third0, host.third1, host.third2, host.portal != 0 ? "orsal_token" : "redirt_url",
-      host.portal_text, host.speed_limit_up, host.speed_limit_down, host.devname, host.tmp_speed_limit_up,
-      host.tmp_speed_limit_down);
+      host.flag, bits_text(host.flag, 32).chars, host.third0, host.third1, host.third2,
+      host.portal != 0 ? "orsal_token" : "redirt_url", host.portal_text, host.speed_limit_up,
+      host.speed_limit_down, host.devname, host.tmp_speed_limit_up, host.tmp_speed_limit_down);
   print_login(host);
   print("  mr_id:%d, pppdp_mr_id:%d\n\n", host.mr_id, host.pppdp_mr_id);
 }

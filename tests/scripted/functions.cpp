@@ -141,11 +141,25 @@ int ApiSetPortal(const char* url) { return call(__func__, url); }
 
 const char* nvram_get(const char* key) {
   log_call("nvram_get %s", key);
+namespace {
+
+// The answer of "FUNCTION:KEY" as a text, which the next one overwrites; null when its number is 0.
+const char* text_of_key(const char* function, const char* key) {
+  log_call("%s %s", function, key);
   static char value[1024];
+  memset(value, 0, sizeof value);
   char name[128];
   snprintf(name, sizeof name, "nvram_get:%s", key);
   return next_text(name, value);
+  snprintf(name, sizeof name, "%s:%s", function, key);
+  return next_answer(name, value, sizeof value - 1) == 0 ? nullptr : value;
 }
+
+}  // namespace
+
+const char* nvram_get(const char* key) { return text_of_key("nvram_get", key); }
+
+const char* tvl_nv_get_def(const char* key) { return text_of_key("tvl_nv_get_def", key); }
 
 int nvram_set(const char* key, const char* value) {
   log_call("nvram_set %s %s", key, value);

@@ -7,10 +7,14 @@
 //   return N              what the gateway returns (0 unless said)
 //   result N              the result code in the answer
 //   put OFFSET HEX        bytes of the answer, at an offset of the record
+//   read PATH             bytes of the answer from a file, as many as the payload holds
 //   answer NAME N [HEX]   the next call of another function returns N and fills in the bytes; answers of one
 //                         name are used up in their order, the last one for good
 // The log has a line a call: "order LENGTH HEX" with the record up to its last byte that is not zero, or the
 // function's name and its arguments.
+#include <fcntl.h>
+#include <unistd.h>
+
 #include <cstdarg>
 #include <cstdint>
 #include <cstdio>
@@ -76,6 +80,14 @@ void put_bytes(uint8_t* record, uint32_t length, const char* arguments) {
   ++hex;
   if (offset + strlen(hex) / 2 > length) give_up("put lies outside the record");
   read_hex(hex, record + offset, length - offset);
+}
+
+void read_payload(uint8_t* record, uint32_t length, const char* path) {
+  constexpr uint32_t kHeaderSize = 16;
+  const int file = open(path, O_RDONLY | O_CLOEXEC);
+  if (file < 0 || read(file, record + kHeaderSize, length - kHeaderSize) < 0)
+    give_up("a file cannot be read");
+  close(file);
 }
 
 void log_record(const uint8_t* record, uint32_t length) {
@@ -155,6 +167,7 @@ int tesvel_order_opt_fun(void* record, uint32_t length) {
       memcpy(bytes + 8, &result, sizeof result);
     }
     if (starts_with(line, "put ")) put_bytes(bytes, length, line + 4);
+    if (starts_with(line, "read ")) read_payload(bytes, length, line + 5);
   });
   return returned;
 }
