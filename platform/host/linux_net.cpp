@@ -3,6 +3,7 @@
 
 #include <net/if.h>
 #include <net/if_arp.h>
+#include <netinet/in.h>
 #include <sys/ioctl.h>
 #include <sys/socket.h>
 #include <unistd.h>
@@ -21,6 +22,16 @@ struct FileCloser {
   void operator()(FILE* file) const { fclose(file); }
 };
 using File = std::unique_ptr<FILE, FileCloser>;
+
+// All zero when Linux does not have the interface, or nothing to say of it.
+struct ifreq ask_interface(std::string_view name, unsigned long what) {
+  struct ifreq request = {};
+  memcpy(request.ifr_name, name.data(), std::min(name.size(), sizeof request.ifr_name - 1));
+  const int socket_fd = socket(AF_INET, SOCK_DGRAM | SOCK_CLOEXEC, 0);
+  const bool is_answered = socket_fd >= 0 && ioctl(socket_fd, what, &request) == 0;
+  if (socket_fd >= 0) close(socket_fd);
+  return is_answered ? request : ifreq{};
+}
 
 }  // namespace
 
@@ -44,13 +55,14 @@ bool linux_has_interface(std::string_view name) {
 }
 
 uint32_t linux_interface_flags(std::string_view name) {
-  const int socket_fd = socket(AF_INET, SOCK_DGRAM | SOCK_CLOEXEC, 0);
-  if (socket_fd < 0) return 0;
-  struct ifreq request = {};
-  memcpy(request.ifr_name, name.data(), std::min(name.size(), sizeof request.ifr_name - 1));
-  const bool found = ioctl(socket_fd, SIOCGIFFLAGS, &request) == 0;
-  close(socket_fd);
-  return found ? static_cast<uint16_t>(request.ifr_flags) : 0;
+  return static_cast<uint16_t>(ask_interface(name, SIOCGIFFLAGS).ifr_flags);
+}
+
+uint32_t linux_interface_ip(std::string_view name) {
+  const struct ifreq answer = ask_interface(name, SIOCGIFADDR);
+  struct sockaddr_in address;
+  memcpy(&address, &answer.ifr_addr, sizeof address);
+  return address.sin_addr.s_addr;
 }
 
 uint64_t linux_interface_counter(std::string_view name, const char* counter) {

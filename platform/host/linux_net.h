@@ -18,6 +18,9 @@ bool linux_has_interface(std::string_view name);
 // Below, an interface that Linux does not have has the value 0.
 uint32_t linux_interface_flags(std::string_view name);
 
+// The machine's own IPv4 address on an interface, in network byte order.
+uint32_t linux_interface_ip(std::string_view name);
+
 // A counter of an interface by the name that Linux gives it, "rx_packets" and the like.
 uint64_t linux_interface_counter(std::string_view name, const char* counter);
 

@@ -79,18 +79,23 @@ class Order {
 // has no room for are left out.
 class RecordList {
  public:
-  explicit RecordList(Order& order) : order_(order) { order_.answer(count_, kListCountOffset); }
+  explicit RecordList(Order& order, uint32_t count_offset = kListCountOffset,
+                      uint32_t entries_offset = kListEntriesOffset)
+      : order_(order), count_offset_(count_offset), offset_(entries_offset) {
+    order_.answer(count_, count_offset_);
+  }
 
   void add_bytes(const void* entry, uint32_t size) {
     if (!order_.answer_bytes(offset_, entry, size)) return;
     offset_ += size;
-    order_.answer(++count_, kListCountOffset);
+    order_.answer(++count_, count_offset_);
   }
 
  private:
   Order& order_;
   int32_t count_ = 0;
-  uint32_t offset_ = kListEntriesOffset;
+  uint32_t count_offset_;
+  uint32_t offset_;
 };
 
 // The same for entries that are all alike.

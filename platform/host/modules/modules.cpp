@@ -16,8 +16,9 @@ constexpr const Module* kModules[] = {
     &kArpModule,
     &kFlushModule,
     &kMrModule,
-    &kQosModule,
     &kRuleModule,
+    &kHostModule,
+    &kQosModule,
     &kUserModule,
     &kMacUserModule,
 };

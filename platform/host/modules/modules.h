@@ -10,8 +10,9 @@ extern const Module kDevmgModule;
 extern const Module kArpModule;
 extern const Module kFlushModule;
 extern const Module kMrModule;
-extern const Module kQosModule;
 extern const Module kRuleModule;
+extern const Module kHostModule;
+extern const Module kQosModule;
 extern const Module kUserModule;
 extern const Module kMacUserModule;
 
