@@ -1,0 +1,17 @@
+// The sections of a scenario: what each module takes from it. A module that is to have one gets a row in
+// vek_lab.cpp.
+#pragma once
+
+#include "lab/scenario.h"
+#include "store.h"
+
+struct Section {
+  const char* name;                                 // the scenario's member, and what show calls it
+  void (*load)(Store& store, const Node& section);  // puts in place what it says
+  void (*clear)(Store& store);                      // takes away what was put in place
+  const char* count;                                // how much there is of it: SQL with one number
+};
+
+extern const Section kHostsSection;
+extern const Section kThirdSection;
+extern const Section kCountersSection;

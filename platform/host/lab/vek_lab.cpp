@@ -1,0 +1,118 @@
+// vek-lab: puts hosts and whatever else only packets would tell in place, all at once or not at all.
+#include <cstdio>
+#include <cstdlib>
+#include <fstream>
+#include <iterator>
+
+#include "lab/hosts.h"
+#include "lab/made_hosts.h"
+#include "lab/sections.h"
+#include "modules/host.h"
+#include "modules/modules.h"
+
+namespace {
+
+using nlohmann::json;
+
+constexpr const Section* kSections[] = {&kHostsSection, &kThirdSection, &kCountersSection};
+
+void clear(Store& store) {
+  for (const Section* section : kSections) section->clear(store);
+}
+
+// A scenario is an object: "about" is a text for its readers, every other member a section.
+void load_sections(Store& store, const Node& scenario) {
+  scenario.each_member([&store](const std::string& name, const Node& value) {
+    if (name == "about") return void(value.text(1000));
+    for (const Section* section : kSections) {
+      if (name == section->name) return section->load(store, value);
+    }
+    value.fail("unknown section");
+  });
+}
+
+std::string read_file(const std::string& path) {
+  try {
+    std::ifstream file;
+    file.exceptions(std::ios::failbit | std::ios::badbit);
+    file.open(path, std::ios::binary);
+    return std::string((std::istreambuf_iterator<char>(file)), {});
+  } catch (const std::ios::failure&) {
+    throw ScenarioError("cannot be read");
+  }
+}
+
+json parse_file(const std::string& path) {
+  try {
+    return json::parse(read_file(path));
+  } catch (const json::exception& error) {
+    // The library's own number of the error stands in front.
+    const std::string what = error.what();
+    const size_t end = what.find("] ");
+    throw ScenarioError(end == what.npos ? what : what.substr(end + 2));
+  }
+}
+
+// The scenario takes the place of whatever was there.
+void load(const char* path) {
+  try {
+    const json scenario = parse_file(path);
+    Store store(kStateFile, state_schemas(), kWrites);
+    clear(store);
+    load_sections(store, Node(scenario, ""));
+    store.commit();
+  } catch (const ScenarioError& error) {
+    throw ScenarioError(std::string(path) + ": " + error.what());
+  }
+}
+
+void reset(const char*) {
+  Store store(kStateFile, state_schemas(), kWrites);
+  clear(store);
+  store.commit();
+}
+
+void show(const char*) {
+  Store store(kStateFile, state_schemas(), kReads);
+  for (const Section* section : kSections) {
+    printf("%s: %lld\n", section->name, static_cast<long long>(store.number(section->count)));
+  }
+}
+
+void make_hosts(const char* word) {
+  char* end = nullptr;
+  const long count = strtol(word, &end, 10);
+  if (end == word || *end != '\0' || count < 0 || count > kMaxHosts) {
+    throw ScenarioError("the number of hosts is 0 to " + std::to_string(kMaxHosts));
+  }
+  Store store(kStateFile, state_schemas(), kWrites);
+  kHostsSection.clear(store);
+  for (uint32_t i = 0; i < static_cast<uint32_t>(count); ++i) add_host(store, make_host(i));
+  store.commit();
+}
+
+struct Action {
+  std::string_view word;
+  int arguments;
+  void (*run)(const char* argument);
+};
+
+constexpr Action kActions[] = {
+    {"load", 1, load}, {"reset", 0, reset}, {"show", 0, show}, {"hosts", 1, make_hosts}};
+
+}  // namespace
+
+int main(int argc, char** argv) {
+  for (const Action& action : kActions) {
+    if (argc != 2 + action.arguments || action.word != argv[1]) continue;
+    try {
+      action.run(argv[argc - 1]);
+      return 0;
+    } catch (const std::exception& error) {
+      fprintf(stderr, "vek-lab: %s\n", error.what());
+      return 1;
+    }
+  }
+  fputs("vek-lab load FILE\nvek-lab reset\nvek-lab show\nvek-lab hosts N\n", stderr);
+  return 1;
+}
