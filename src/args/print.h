@@ -56,7 +56,7 @@ struct Piece {
 };
 
 // Reads the conversion after a '%'; type is 0 when it is none of ours.
-consteval Piece read_conversion(const char* percent) {
+constexpr Piece read_conversion(const char* percent) {
   Piece piece;
   const char* at = percent + 1;
   for (; *at == '-' || *at == '0'; ++at) (*at == '-' ? piece.left : piece.zero) = true;

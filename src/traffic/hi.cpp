@@ -3,9 +3,10 @@
 #include <arpa/inet.h>
 #include <unistd.h>
 
+#include <bit>
+
 #include "args/address_text.h"
 #include "args/bits_text.h"
-
 #include "args/print.h"
 #include "main/handlers.h"
 #include "order/direct.h"
@@ -135,9 +136,9 @@ void print_connections(const Answer& answer) {
   for (const HostConnection& connection : answer.entries<HostConnection>(kConnectionEntriesOffset, count)) {
     print("%d\t%d\t%s\t%d\t%08x \t%lu\t%u\t%u\t%u\t%u\t%u\t%u\t%u\t%u\t%s\n", connection.protocol,
           ntohs(connection.in_port), ipaddr_text(connection.far_ip).chars, ntohs(connection.far_port),
-          connection.id, connection.tm, connection.packets_up, connection.packets_down, connection.s_up >> 10,
-          connection.s_down >> 10, connection.sz_up >> 10, connection.sz_down >> 10, connection.z_up >> 10,
-          connection.z_down >> 10, connection.name);
+          connection.id, std::bit_cast<uint64_t>(connection.tm), connection.packets_up,
+          connection.packets_down, connection.s_up >> 10, connection.s_down >> 10, connection.sz_up >> 10,
+          connection.sz_down >> 10, connection.z_up >> 10, connection.z_down >> 10, connection.name);
   }
   print("\n");
 }

@@ -3,6 +3,7 @@
 // field does.
 #pragma once
 
+#include <array>
 #include <cstddef>
 #include <cstdint>
 
@@ -120,7 +121,7 @@ static_assert(sizeof(HostKey) == 20);
 constexpr uint32_t kConnectionCountOffset = 20;
 constexpr uint32_t kConnectionEntriesOffset = 44;
 
-struct [[gnu::packed]] HostConnection {
+struct HostConnection {
   uint8_t far_ip[20];
   uint16_t in_port;  // network byte order
   uint8_t unused[2];
@@ -128,7 +129,7 @@ struct [[gnu::packed]] HostConnection {
   uint8_t unused2[2];
   uint16_t protocol;
   uint8_t unused3[6];
-  uint64_t tm;
+  std::array<uint32_t, 2> tm;  // a u64 where none is aligned
   uint8_t unused4[24];
   uint32_t id;
   char name[36];

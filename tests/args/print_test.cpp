@@ -32,10 +32,27 @@ TEST(Print, NumbersAsPrintf) {
   EXPECT_AS_PRINTF("%c%c|", 'x', '\0');
 }
 
+TEST(Print, NumbersOfEveryLength) {
+  uint64_t power = 1;
+  for (int digits = 1; digits <= 20; ++digits, power *= 10) {
+    for (const uint64_t number : {power - 1, power, power + power / 2}) {
+      const auto low = static_cast<int32_t>(number);
+      EXPECT_EQ(captured([&] { print("%lu %ld %lx %d|", number, number, number, low); }),
+                captured([&] { printf("%lu %ld %lx %d|", number, number, number, low); }));
+    }
+  }
+}
+
 TEST(Print, TextsAsPrintf) {
   EXPECT_AS_PRINTF("[%s][%-16s][%3s][%-3s][%20s]", "abc", "lan0", "abcdef", "", "right");
   const std::string long_text(5000, 'y');
   EXPECT_EQ(captured([&] { print("a%sb%sc\n", long_text.c_str(), "d"); }), "a" + long_text + "bdc\n");
+  // Pieces of every length, up to and across the end of what one call gathers.
+  for (size_t length = 0; length < 5000; length += length < 70 || length % 2048 > 2040 ? 1 : 7) {
+    const std::string text = long_text.substr(0, length);
+    EXPECT_EQ(captured([&] { print("%s%d%5d-%s", text.c_str(), 12345, 6, text.c_str()); }),
+              text + "12345    6-" + text);
+  }
   const char* missing = nullptr;
   EXPECT_EQ(captured([&] { print("%s", missing); }), "(null)");
 }

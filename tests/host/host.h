@@ -5,6 +5,7 @@
 #include <sqlite3.h>
 
 #include <cstdlib>
+#include <fstream>
 #include <sstream>
 #include <string>
 #include <vector>
@@ -37,6 +38,24 @@ class HostTest : public testing::Test {
     EXPECT_EQ(result.out, "") << words;
     EXPECT_EQ(result.err, "err:" + why + " \n") << words;
     EXPECT_EQ(result.status, 3) << words;
+  }
+
+  // Puts a scenario in place.
+  void load(const std::string& scenario) const {
+    std::ofstream(state.file("scenario")) << scenario;
+    const RunResult result = run({VEK_LAB, "load", state.file("scenario")});
+    EXPECT_EQ(result.err, "") << scenario;
+    EXPECT_EQ(result.status, 0);
+  }
+
+  // What the commands, which find vek in $vek, write in a network of their own, with bridges lan0 and wan0.
+  // Empty where the machine allows none.
+  static std::string in_own_network(const std::string& commands) {
+    return run({"/bin/sh", "-c",
+                "exec unshare -rn sh -ec 'PATH=$PATH:/sbin:/usr/sbin; vek=" VEK_BINARY
+                "; for dev in lan0 wan0; do ip link add $dev type bridge; ip link set $dev up; done;" +
+                    commands + "'"})
+        .out;
   }
 
   // The order could not be handled at all, and the message says why.

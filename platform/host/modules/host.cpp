@@ -96,7 +96,7 @@ void each_host(Store& store, Visit visit) {
   const uint64_t present = now();
   const auto finish = [&](HostAiEntry& entry, uint64_t idle) {
     HostEntry& host = entry.host;
-    host.last_tm = present - idle;
+    host.last_tm = present - std::min(idle, present);
     if (ageing != std::numeric_limits<int64_t>::max())
       host.del_tm = host.last_tm + static_cast<uint64_t>(ageing);
     const auto mac = macs.find(std::to_array(host.ip));
