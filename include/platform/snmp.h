@@ -5,11 +5,12 @@
 extern "C" {
 #endif
 
-// Asks the SNMP agent `peer` (an IPv4 text, with ":PORT" behind it where that is not 161) in version 2c with the
-// community `community` for the MAC address that it has in its neighbour table for the host `ip` (IPv4 or IPv6
-// text), and writes its 6 bytes in wire order to `mac`. Returns 0 on success; non-zero when the agent does not
-// answer or does not know the host, or when a text is null, empty or of another form, and then `mac` is not
-// touched. Takes a bounded time, two seconds in all: a question that is not answered is asked once more.
+// Asks the SNMP agent `peer` (an IPv4 text, with ":PORT" behind it where that is not 161) in version 2c with
+// the community `community` for the MAC address that it has in its neighbour table for the host `ip` (IPv4 or
+// IPv6 text), and writes its 6 bytes in wire order to `mac`. Returns 0 on success; non-zero when the agent
+// does not answer or does not know the host, or when a text is null, empty or of another form, and then `mac`
+// is not touched. Takes a bounded time, two seconds in all: a question that is not answered is asked once
+// more.
 int snmp_get_mac_by_ipstr(const char* community, const char* peer, const char* ip, void* mac);
 
 #ifdef __cplusplus

@@ -47,9 +47,9 @@ class Node {
 struct Field {
   enum Kind { kNumber, kSigned, kPort, kText, kMac, kIp4, kAddress };
   const char* name;
-  Kind kind;
   size_t offset;
   size_t size;
+  Kind kind;
   bool is_required = false;
 };
 
