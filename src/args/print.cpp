@@ -67,9 +67,10 @@ class Writer {
   Writer& operator=(const Writer&) = delete;
 
   char* begin() { return buffer_; }
+  size_t room(const char* at) const { return static_cast<size_t>(buffer_ + sizeof buffer_ - at); }
 
   char* put(char* at, const char* text, size_t length) {
-    if (length > static_cast<size_t>(buffer_ + sizeof buffer_ - at)) {
+    if (length > room(at)) {
       at = flush(at);
       if (length > sizeof buffer_) {
         fwrite_unlocked(text, 1, length, file_);
@@ -81,7 +82,7 @@ class Writer {
   }
 
   char* put(char* at, char character) {
-    if (at == buffer_ + sizeof buffer_) at = flush(at);
+    if (room(at) == 0) at = flush(at);
     *at = character;
     return at + 1;
   }
@@ -110,37 +111,51 @@ char* put_text(Writer& out, char* at, const Piece& piece, const char* text, size
   return piece.left ? out.pad(at, ' ', padding) : at;
 }
 
-// Digits in base 16, or of a number that is padded.
-char* put_padded(Writer& out, char* at, const Piece& piece, bool is_negative, uint64_t number) {
+// Numbers are widened to 64 bits with their sign, whatever the conversion makes of them.
+uint64_t as_signed(const Piece& piece, uint64_t number) {
+  return piece.is_long ? number : static_cast<uint64_t>(int64_t{static_cast<int32_t>(number)});
+}
+uint64_t as_unsigned(const Piece& piece, uint64_t number) {
+  return piece.is_long ? number : static_cast<uint32_t>(number);
+}
+bool is_negative(uint64_t number) { return static_cast<int64_t>(number) < 0; }
+
+// In base 16, or with a width.
+char* put_number(Writer& out, char* at, const Piece& piece, uint64_t number) {
+  const bool has_sign = piece.type == 'd' && is_negative(as_signed(piece, number));
+  number = has_sign ? 0 - as_signed(piece, number) : as_unsigned(piece, number);
   char digits[1 + kMaxDigits];
   char* const end = digits + sizeof digits;
   char* first = piece.type == 'x' || piece.type == 'X' ? hexadecimal_before(end, number, piece.type == 'X')
                                                        : decimal_before(end, number);
   if (piece.zero && !piece.left) {
-    const size_t length = static_cast<size_t>(end - first) + (is_negative ? 1 : 0);
-    if (is_negative) at = out.put(at, '-');
+    const size_t length = static_cast<size_t>(end - first) + (has_sign ? 1 : 0);
+    if (has_sign) at = out.put(at, '-');
     if (piece.width > length) at = out.pad(at, '0', piece.width - length);
     return out.put(at, first, static_cast<size_t>(end - first));
   }
-  if (is_negative) *--first = '-';
+  if (has_sign) *--first = '-';
   return put_text(out, at, piece, first, static_cast<size_t>(end - first));
 }
 
-char* put_number(Writer& out, char* at, const Piece& piece, uint64_t number) {
-  if (!piece.is_long) {
-    number = piece.type == 'd' ? static_cast<uint64_t>(int64_t{static_cast<int32_t>(number)})
-                               : static_cast<uint32_t>(number);
+// Writes a number where there is room for kMaxDigits and returns its end.
+char* write_decimal(char* at, uint64_t number) {
+  if (number < 10) {
+    *at = static_cast<char>('0' + number);
+    return at + 1;
   }
-  const bool is_negative = piece.type == 'd' && static_cast<int64_t>(number) < 0;
-  if (is_negative) number = 0 - number;
-  if (piece.width > 0 || piece.type == 'x' || piece.type == 'X')
-    return put_padded(out, at, piece, is_negative, number);
-  if (is_negative) at = out.put(at, '-');
-  if (number < 10) return out.put(at, static_cast<char>('0' + number));
-  char digits[kMaxDigits];
-  char* const end = digits + sizeof digits;
-  const char* first = decimal_before(end, number);
-  return out.put(at, first, static_cast<size_t>(end - first));
+  char digits[2 * kMaxDigits];  // so that as many as there is room for can be copied, wherever they begin
+  const char* const end = digits + kMaxDigits;
+  const char* const first = decimal_before(digits + kMaxDigits, number);
+  memcpy(at, first, kMaxDigits);
+  return at + (end - first);
+}
+
+char* put_other(Writer& out, char* at, const Piece& piece, const Value& value) {
+  if (piece.type == 's') return put_text(out, at, piece, value.text, strnlen(value.text, value.room));
+  if (piece.type != 'c') return put_number(out, at, piece, value.number);
+  const char character = static_cast<char>(value.number);
+  return put_text(out, at, piece, &character, 1);
 }
 
 void write_values(FILE* file, const char* text, const Piece* piece, const Value* value) {
@@ -149,17 +164,31 @@ void write_values(FILE* file, const char* text, const Piece* piece, const Value*
   for (;; ++piece, ++value) {
     at = out.put(at, text, piece->literal);
     text += piece->literal + piece->skip;
-    if (piece->type == 0) break;
-    if (piece->type == 's') {
-      at = put_text(out, at, *piece, value->text, strnlen(value->text, value->room));
-    } else if (piece->type == 'c') {
-      const char character = static_cast<char>(value->number);
-      at = put_text(out, at, *piece, &character, 1);
-    } else {
-      at = put_number(out, at, *piece, value->number);
+    if (out.room(at) < 1 + kMaxDigits) at = out.flush(at);
+    uint64_t number = value->number;
+    switch (piece->shape) {
+      case Shape::kEnd:
+        out.flush(at);
+        return;
+      case Shape::kText:
+        at = out.put(at, value->text, strnlen(value->text, value->room));
+        break;
+      case Shape::kSigned:
+        number = as_signed(*piece, number);
+        if (is_negative(number)) {
+          *at++ = '-';
+          number = 0 - number;
+        }
+        at = write_decimal(at, number);
+        break;
+      case Shape::kUnsigned:
+        at = write_decimal(at, as_unsigned(*piece, number));
+        break;
+      case Shape::kOther:
+        at = put_other(out, at, *piece, *value);
+        break;
     }
   }
-  out.flush(at);
 }
 
 }  // namespace

@@ -44,11 +44,15 @@ struct Value {
   }
 };
 
+// What a conversion comes to: the plain ones, which nearly all are, and what looks at the piece once more.
+enum class Shape : uint8_t { kEnd, kText, kSigned, kUnsigned, kOther };
+
 // A piece of a format: characters to copy, then a conversion.
 struct Piece {
   uint16_t literal = 0;
   uint8_t skip = 0;  // characters of the conversion
-  char type = 0;     // d u x X s c; 0 at the end of the format
+  Shape shape = Shape::kEnd;
+  char type = 0;  // d u x X s c
   uint8_t width = 0;
   bool left = false;
   bool zero = false;
@@ -66,6 +70,11 @@ constexpr Piece read_conversion(const char* percent) {
     if (*at == *type) piece.type = *type;
   }
   piece.skip = static_cast<uint8_t>(at + 1 - percent);
+  piece.shape = piece.width > 0     ? Shape::kOther
+                : piece.type == 's' ? Shape::kText
+                : piece.type == 'd' ? Shape::kSigned
+                : piece.type == 'u' ? Shape::kUnsigned
+                                    : Shape::kOther;
   return piece;
 }
 
