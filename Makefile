@@ -15,6 +15,7 @@ demo: all
 	scripts/demo $(BUILD)/vek
 
 test: all
+	scripts/install-deps test
 	ctest --test-dir $(BUILD) --output-on-failure -j $(JOBS)
 
 # The static programs, and the cases of the tool against both of them.

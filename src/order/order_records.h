@@ -11,10 +11,10 @@ constexpr uint32_t kModuleArp = 3;
 constexpr uint32_t kModuleFlush = 7;
 constexpr uint32_t kModuleMr = 10;
 constexpr uint32_t kModuleRule = 11;
+constexpr uint32_t kModuleHost = 13;
 constexpr uint32_t kModuleQos = 14;
 constexpr uint32_t kModuleUser = 16;
 constexpr uint32_t kModuleMacUser = 62;
-constexpr uint32_t kModuleHost = 13;
 
 // All header fields are in the machine's byte order.
 struct OrderRecord {

@@ -9,9 +9,9 @@
 #include "args/bits_text.h"
 #include "args/print.h"
 #include "main/handlers.h"
-#include "order/direct.h"
 #include "order/order.h"
 #include "platform/line.h"
+#include "platform/order.h"
 #include "platform/snmp.h"
 #include "traffic/hi_records.h"
 
@@ -165,16 +165,16 @@ void read_setting(char (&value)[N], const char* key) {
 
 void scan_host(const HostEntry& host, const char* community, const char* peer) {
   const AddressText ip = ipaddr_text(host.ip);
-  DirectRequest<kHostMacLength> request(kModuleHost, kHostSetMac);
-  auto& update = request.payload<HostMac>();
-  memcpy(update.ip, host.ip, sizeof update.ip);
   uint8_t mac[6] = {};
   if (snmp_get_mac_by_ipstr(community, peer, ip.chars, mac) != 0) {
     print("IP[%s] snmp find MAC error!", ip.chars);
     return;
   }
-  memcpy(update.mac, mac, sizeof update.mac);
-  const bool is_set = request.send() && request.result() == 0;
+  HostMacRecord record = {};
+  record.header = {.module = kModuleHost, .length = sizeof record, .result = 0, .command = kHostSetMac};
+  memcpy(record.found.ip, host.ip, sizeof host.ip);
+  memcpy(record.found.mac, mac, sizeof mac);
+  const bool is_set = tesvel_order_opt_fun(&record, sizeof record) == 0 && record.header.result == 0;
   print("IP[%s] %s[%02X %02X %02X %02X %02X %02X] set %s!\n", ip.chars, is_set ? "<===> realMAC" : "real MAC",
         mac[0], mac[1], mac[2], mac[3], mac[4], mac[5], is_set ? "success" : "error");
 }

@@ -7,6 +7,8 @@
 #include <cstddef>
 #include <cstdint>
 
+#include "order/order_records.h"
+
 enum HostCommand : uint32_t {
   kHostList = 1,
   kHostRunInfo = 8,
@@ -174,10 +176,17 @@ struct HostRedirect {
 };
 static_assert(sizeof(HostRedirect) == 28 && offsetof(HostRedirect, flag) == 24);
 
-// What a scan has found out, sent for each host in a record of its own.
-constexpr uint32_t kHostMacLength = 512;
+// What a scan has found out about a host.
 struct HostMac {
   uint8_t ip[20];
   uint8_t mac[6];
 };
 static_assert(sizeof(HostMac) == 26 && offsetof(HostMac, mac) == 20);
+
+// It is sent in a record of its own.
+struct HostMacRecord {
+  OrderRecord header;
+  HostMac found;
+  uint8_t unused[470];
+};
+static_assert(sizeof(HostMacRecord) == 512);

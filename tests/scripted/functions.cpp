@@ -17,6 +17,15 @@ const char* next_text(const char* function, char (&text)[kSize]) {
   return next_answer(function, text, kSize - 1) == 0 ? nullptr : text;
 }
 
+// The answer of "FUNCTION:KEY", which the next one overwrites.
+const char* text_of_key(const char* function, const char* key) {
+  log_call("%s %s", function, key);
+  static char value[1024];
+  char name[128];
+  snprintf(name, sizeof name, "%s:%s", function, key);
+  return next_text(name, value);
+}
+
 // A call that answers a number.
 int call(const char* function) {
   log_call("%s", function);
@@ -138,24 +147,6 @@ int ApiSetAuthenticateState(uint32_t state, uint32_t savemac, uint32_t time, uin
 
 int ApiGetPortal(char* buffer, uint32_t room) { return call_for_text(__func__, buffer, room); }
 int ApiSetPortal(const char* url) { return call(__func__, url); }
-
-const char* nvram_get(const char* key) {
-  log_call("nvram_get %s", key);
-namespace {
-
-// The answer of "FUNCTION:KEY" as a text, which the next one overwrites; null when its number is 0.
-const char* text_of_key(const char* function, const char* key) {
-  log_call("%s %s", function, key);
-  static char value[1024];
-  memset(value, 0, sizeof value);
-  char name[128];
-  snprintf(name, sizeof name, "nvram_get:%s", key);
-  return next_text(name, value);
-  snprintf(name, sizeof name, "%s:%s", function, key);
-  return next_answer(name, value, sizeof value - 1) == 0 ? nullptr : value;
-}
-
-}  // namespace
 
 const char* nvram_get(const char* key) { return text_of_key("nvram_get", key); }
 

@@ -57,7 +57,7 @@ json parse_file(const std::string& path) {
 void load(const char* path) {
   try {
     const json scenario = parse_file(path);
-    Store store(kStateFile, state_schemas(), kWrites);
+    Store store = open_state(kWrites);
     clear(store);
     load_sections(store, Node(scenario, ""));
     store.commit();
@@ -67,13 +67,13 @@ void load(const char* path) {
 }
 
 void reset(const char*) {
-  Store store(kStateFile, state_schemas(), kWrites);
+  Store store = open_state(kWrites);
   clear(store);
   store.commit();
 }
 
 void show(const char*) {
-  Store store(kStateFile, state_schemas(), kReads);
+  Store store = open_state(kReads);
   for (const Section* section : kSections) {
     printf("%s: %lld\n", section->name, static_cast<long long>(store.number(section->count)));
   }
@@ -85,7 +85,7 @@ void make_hosts(const char* word) {
   if (end == word || *end != '\0' || count < 0 || count > kMaxHosts) {
     throw ScenarioError("the number of hosts is 0 to " + std::to_string(kMaxHosts));
   }
-  Store store(kStateFile, state_schemas(), kWrites);
+  Store store = open_state(kWrites);
   kHostsSection.clear(store);
   for (uint32_t i = 0; i < static_cast<uint32_t>(count); ++i) add_host(store, make_host(i));
   store.commit();
