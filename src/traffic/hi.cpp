@@ -163,6 +163,7 @@ void read_setting(char (&value)[N], const char* key) {
   copy_text(value, found == nullptr ? "" : found);
 }
 
+// Of the reports, only those that hold a MAC address end their line: readers take a line for an answer.
 void scan_host(const HostEntry& host, const char* community, const char* peer) {
   const AddressText ip = ipaddr_text(host.ip);
   uint8_t mac[6] = {};

@@ -1,7 +1,7 @@
 // hi: what it sends and what it prints.
 #include <gtest/gtest.h>
 
-#include <algorithm>
+#include <array>
 
 #include "tool/driver.h"
 
@@ -27,118 +27,78 @@ size_t count_of(const std::string& text, const std::string& part) {
   return count;
 }
 
+// Numbers at offsets: {offset, width, value}.
+Bytes numbers(std::initializer_list<std::array<uint64_t, 3>> fields) {
+  Bytes bytes;
+  for (const auto& [offset, width, value] : fields) {
+    for (uint64_t i = 0; i < width; ++i) bytes.u8(offset + i, value >> (8 * i) & 0xFF);
+  }
+  return bytes;
+}
+
+struct Texts {
+  std::string name, device, agent, dev, portal;
+};
+const Texts kShort = {"tv", "Television", "agent/1 (x)", "lan0", "http://10.0.0.1/%s%n"};
+// They fill their fields, without a NUL.
+const Texts kLong = {std::string(128, 'h'), std::string(31, 'n'), std::string(128, 'a'), std::string(49, 'v'),
+                     std::string(286, 't')};
+
+// clang-format off
 // A host whose every field differs; bytes that are nobody's are set, too.
-Bytes host() {
-  return Bytes()
-      .u64(0, 0xF00000080000005)
-      .u64(8, 1700000001)
-      .u64(16, 1700000002)
-      .u64(24, UINT64_MAX)
-      .hex(32, "eeeeeeeeeeeeeeee")
-      .u64(40, 3 * 1024 + 1023)
-      .u64(48, UINT64_MAX)
-      .at(56, address("10.0.0.2"))
+Bytes host(const Texts& texts, uint8_t portal, const Bytes& ip) {
+  return numbers({
+      {0, 8, 0xF00000080000005}, {8, 8, 1700000001}, {16, 8, 1700000002}, {24, 8, UINT64_MAX},
+      {32, 8, UINT64_MAX}, {40, 8, 4095}, {48, 8, UINT64_MAX}, {84, 4, 0xFFFFFFFF}, {88, 4, 88},
+      {92, 4, 1U << 31}, {96, 4, 96}, {112, 1, 112}, {114, 1, portal}, {115, 1, 115}, {116, 1, 116},
+      {117, 1, 217}, {118, 1, 0xEE}, {119, 1, 119}, {120, 1, 120}, {121, 1, 0xEE}, {122, 2, 65535},
+      {124, 2, 124}, {126, 2, 4094}, {408, 8, 408 * 1024}, {416, 8, 416}, {424, 8, UINT64_MAX},
+      {432, 8, 432}, {568, 1, 1}, {569, 1, 3}, {570, 1, 2}, {571, 1, 171}, {858, 2, 8580},
+      {1068, 4, 0xFFFFFFFE}, {1072, 1, 172}, {1073, 8, UINT64_MAX}, {1143, 1, 0xEE}})
+      .at(56, ip)
       .ip(76, "10.0.0.3")
       .ip(80, "10.0.0.1")
-      .u32(84, 0xFFFFFFFF)
-      .u32(88, 88)
-      .u32(92, 0x80000000)
-      .u32(96, 96)
-      .hex(100, "a00102030405")
-      .hex(106, "b00102030405")
-      .u8(112, 112)
-      .u8(115, 115)
-      .u8(116, 116)
-      .u8(117, 217)
-      .hex(118, "ee")
-      .u8(119, 119)
-      .u8(120, 120)
-      .hex(121, "ee")
-      .u16(122, 65535)
-      .u16(124, 124)
-      .u16(126, 4094)
-      .u64(408, 408 * 1024)
-      .u64(416, 416)
-      .u64(424, UINT64_MAX)
-      .u64(432, 432)
-      .text(440, "tv")
-      .u8(568, 1)
-      .u8(570, 2)
-      .u8(569, 3)
-      .u8(571, 171)
-      .text(572, "http://10.0.0.1/%s%n")
-      .u16(858, 8580)
-      .text(860, "agent/1 (x)")
-      .text(988, "lan0")
-      .text(1037, "Television")
-      .u32(1068, 0xFFFFFFFE)
-      .u8(1072, 172)
-      .hex(1073, "ee")
-      .hex(1143, "ee");
+      .hex(100, "a00102030405b00102030405")
+      .text(440, texts.name)
+      .text(572, texts.portal)
+      .text(860, texts.agent)
+      .text(988, texts.dev)
+      .text(1037, texts.device);
+}
+// clang-format on
+
+// What both kinds of lists print of it, around what only one of them has.
+std::string host_text(const Texts& texts, const std::string& ip, const std::string& devices,
+                      const std::string& vlan, const std::string& flags, int portal, const std::string& end) {
+  return "ip:" + ip + " ,arp_ip:10.0.0.3,local_ip:10.0.0.1\n  hostname:" + texts.name +
+         ",device_name:" + texts.device + "\n" + devices +
+         "  local_mac:a0:01:02:03:04:05 real_mac:b0:01:02:03:04:05 auto_jb:116 typeid:217" + vlan +
+         "\n  sp[up]:3K/s sp[down]:18014398509481983K/s creat_tm:1700000001  last_tm:1700000002 "
+         "del_tm:18446744073709551615\n  pc_flag:172, sys_type:-2, user_agent:" +
+         texts.agent + "\n  up:408K up_pkt:416 down:18014398509481983K down_pkt:432\n" + flags +
+         "  block:112,apidx:119,5g:120,orsal:" + std::to_string(portal) +
+         ",user_card_type:171,user_login_type:115\n  typeid_ipstr:217,typeid_user:65535\n  mr_id:124," + end +
+         "\n\n";
 }
 
-std::string host_text(const std::string& vlan_and_devices) {
-  return "ip:10.0.0.2 ,arp_ip:10.0.0.3,local_ip:10.0.0.1\n"
-         "  hostname:tv,device_name:Television\n" +
-         vlan_and_devices +
-         "  sp[up]:3K/s sp[down]:18014398509481983K/s creat_tm:1700000001  last_tm:1700000002 "
-         "del_tm:18446744073709551615\n"
-         "  pc_flag:172, sys_type:-2, user_agent:agent/1 (x)\n"
-         "  up:408K up_pkt:416 down:18014398509481983K down_pkt:432\n";
+std::string list_text(const Texts& texts, const std::string& ip, int portal, const std::string& label) {
+  return host_text(texts, ip, "", " vlanid:4094",
+                   "  flag:1080863912716402693[0|2|31|]  third[1,2,3] " + label + ":" + texts.portal +
+                       "\n  speed_limit:-1|88 devname:" + texts.dev + "\n  tmp_speed_limit:-2147483648|96",
+                   portal, " pppdp_mr_id:8580");
 }
 
-const std::string kLogin =
-    "  block:112,apidx:119,5g:120,orsal:0,user_card_type:171,user_login_type:115\n"
-    "  typeid_ipstr:217,typeid_user:65535\n";
-
-const std::string kHost =
-    host_text(
-        "  local_mac:a0:01:02:03:04:05 real_mac:b0:01:02:03:04:05 auto_jb:116 typeid:217 vlanid:4094\n") +
-    "  flag:1080863912716402693[0|2|31|]  third[1,2,3] redirt_url:http://10.0.0.1/%s%n\n"
-    "  speed_limit:-1|88 devname:lan0\n"
-    "  tmp_speed_limit:-2147483648|96" +
-    kLogin + "  mr_id:124, pppdp_mr_id:8580\n\n";
+const Bytes kHost = host(kShort, 0, address("10.0.0.2"));
+const std::string kHostText = list_text(kShort, "10.0.0.2", 0, "redirt_url");
 
 TEST(Hi, HostLists) {
-  struct {
-    const char* word;
-    uint32_t command;
-  } const lists[] = {{"list", 1}, {"ws_list", 62}};
-  // The second host is on the portal, has an IPv6 address, and its texts fill their fields without a NUL.
-  const Bytes second = Bytes()
-                           .at(56, address6())
-                           .u8(114, 1)
-                           .text(440, std::string(128, 'h'))
-                           .text(572, std::string(286, 't'))
-                           .text(860, std::string(128, 'a'))
-                           .text(988, std::string(49, 'v'))
-                           .text(1037, std::string(31, 'n'));
-  const std::string second_text =
-      "ip:fd00::12 ,arp_ip:0.0.0.0,local_ip:0.0.0.0\n"
-      "  hostname:" +
-      std::string(128, 'h') + ",device_name:" + std::string(31, 'n') +
-      "\n"
-      "  local_mac:00:00:00:00:00:00 real_mac:00:00:00:00:00:00 auto_jb:0 typeid:0 vlanid:0\n"
-      "  sp[up]:0K/s sp[down]:0K/s creat_tm:0  last_tm:0 del_tm:0\n"
-      "  pc_flag:0, sys_type:0, user_agent:" +
-      std::string(128, 'a') +
-      "\n"
-      "  up:0K up_pkt:0 down:0K down_pkt:0\n"
-      "  flag:0[]  third[0,0,0] orsal_token:" +
-      std::string(286, 't') +
-      "\n"
-      "  speed_limit:0|0 devname:" +
-      std::string(49, 'v') +
-      "\n"
-      "  tmp_speed_limit:0|0  block:0,apidx:0,5g:0,orsal:1,user_card_type:0,user_login_type:0\n"
-      "  typeid_ipstr:0,typeid_user:0\n"
-      "  mr_id:0, pppdp_mr_id:0\n\n";
-  for (const auto& list : lists) {
-    const Outcome outcome = vek({"hi", list.word, "ignored"},
-                                {{.payload = Bytes().u32(4, 2).at(8, host()).at(8 + 1144, second)}});
-    expect_order(outcome, 13, list.command, 0x400000, Bytes());
-    expect_end(outcome, 0, "num:2\n" + kListHead + kHost + second_text);
-    expect_end(vek({"hi", list.word}), 0, "num:0\n" + kListHead);
+  const Bytes two = Bytes().u32(4, 2).at(8, kHost).at(8 + 1144, host(kLong, 9, address6()));
+  for (const auto& [word, command] : {std::pair("list", 1u), {"ws_list", 62u}}) {
+    const Outcome outcome = vek({"hi", word, "ignored"}, {{.payload = two}});
+    expect_order(outcome, 13, command, 0x400000, Bytes());
+    expect_end(outcome, 0,
+               "num:2\n" + kListHead + kHostText + list_text(kLong, "fd00::12", 9, "orsal_token"));
+    expect_end(vek({"hi", word}), 0, "num:0\n" + kListHead);
   }
 }
 
@@ -156,36 +116,29 @@ TEST(Hi, FlagBits) {
 
 TEST(Hi, ExtendedList) {
   // Its offsets from 1144 on are the contract of hi_records.h.
-  const Bytes second = Bytes()
-                           .at(0, host())
-                           .text(1144, "wlan0")
-                           .u32(1192, 7)
-                           .text(1196, "office net")
-                           .u32(1232, 0xFFFFFFFF)
-                           .hex(1236, "eeeeeeee");
-  const Bytes first = Bytes().text(1144, std::string(48, 'i')).text(1196, std::string(36, 's')).u8(114, 9);
+  const auto entry = [](const Texts& texts, const std::string& in_devname, const std::string& ssid) {
+    return Bytes()
+        .at(0, host(texts, 9, address("10.0.0.2")))
+        .text(1144, in_devname)
+        .u32(1192, 7)
+        .text(1196, ssid)
+        .u32(1232, 0xFFFFFFFF)
+        .hex(1236, "eeeeeeee");
+  };
+  const auto text = [](const Texts& texts, const std::string& in_devname, const std::string& ssid) {
+    return host_text(texts, "10.0.0.2", "  devname:" + texts.dev + ",in_devname:" + in_devname + "\n", "", "",
+                     9, "ssid:" + ssid + ",vek_out_id:7,ssid_out_id:-1");
+  };
+  const std::string device(48, 'i');
+  const std::string network(36, 's');
   const Outcome outcome =
-      vek({"hi", "ai_list"}, {{.payload = Bytes().u32(4, 2).at(8, first).at(8 + 1240, second)}});
+      vek({"hi", "ai_list"}, {{.payload = Bytes()
+                                              .u32(4, 2)
+                                              .at(8, entry(kLong, device, network))
+                                              .at(8 + 1240, entry(kShort, "wlan0", "office"))}});
   expect_order(outcome, 13, 72, 0x400000, Bytes());
-  expect_end(
-      outcome, 0,
-      "num:2\n" + kListHead +
-          "ip:0.0.0.0 ,arp_ip:0.0.0.0,local_ip:0.0.0.0\n"
-          "  hostname:,device_name:\n"
-          "  devname:,in_devname:" +
-          std::string(48, 'i') +
-          "\n"
-          "  local_mac:00:00:00:00:00:00 real_mac:00:00:00:00:00:00 auto_jb:0 typeid:0\n"
-          "  sp[up]:0K/s sp[down]:0K/s creat_tm:0  last_tm:0 del_tm:0\n"
-          "  pc_flag:0, sys_type:0, user_agent:\n"
-          "  up:0K up_pkt:0 down:0K down_pkt:0\n"
-          "  block:0,apidx:0,5g:0,orsal:9,user_card_type:0,user_login_type:0\n"
-          "  typeid_ipstr:0,typeid_user:0\n"
-          "  mr_id:0,ssid:" +
-          std::string(36, 's') + ",vek_out_id:0,ssid_out_id:0\n\n" +
-          host_text("  devname:lan0,in_devname:wlan0\n"
-                    "  local_mac:a0:01:02:03:04:05 real_mac:b0:01:02:03:04:05 auto_jb:116 typeid:217\n") +
-          kLogin + "  mr_id:124,ssid:office net,vek_out_id:7,ssid_out_id:-1\n\n");
+  expect_end(outcome, 0,
+             "num:2\n" + kListHead + text(kLong, device, network) + text(kShort, "wlan0", "office"));
 }
 
 TEST(Hi, ListsEndWithTheRecord) {
@@ -202,8 +155,8 @@ TEST(Hi, ListsEndWithTheRecord) {
   EXPECT_EQ(count_of(cut.out, "\n0\t0\t0.0.0.0\t0\t00000000 \t0\t"), (204800u - 44) / 304);
 
   // The last host that the record has room for.
-  const Outcome full = vek({"hi", "list"}, {{.payload = Bytes().u32(4, 3666).at(8 + 3665 * 1144, host())}});
-  EXPECT_TRUE(full.out.ends_with(kHost));
+  const Outcome full = vek({"hi", "list"}, {{.payload = Bytes().u32(4, 3666).at(8 + 3665 * 1144, kHost)}});
+  EXPECT_TRUE(full.out.ends_with(kHostText));
 }
 
 TEST(Hi, RunCounters) {
@@ -220,24 +173,15 @@ TEST(Hi, RunCounters) {
 }
 
 TEST(Hi, Connections) {
-  const Bytes first = Bytes()
+  // clang-format off
+  const Bytes first = numbers({
+      {20, 2, 0x01C0}, {22, 2, 0xEEEE}, {24, 2, 0xBB01}, {28, 2, 65535}, {36, 8, UINT64_MAX},
+      {68, 4, 0xAB}, {108, 4, 108 * 1024}, {112, 4, 0xFFFFFFFF}, {124, 4, 4000000000}, {128, 4, 128},
+      {132, 4, 132 * 1024}, {136, 4, 137 * 1024 - 1}, {148, 4, 148 * 1024}, {152, 4, 152 * 1024},
+      {303, 1, 0xEE}})
                           .at(0, address("1.2.3.4"))
-                          .hex(20, "c001")
-                          .hex(22, "eeee")
-                          .hex(24, "01bb")
-                          .u16(28, 65535)
-                          .u64(36, UINT64_MAX)
-                          .u32(68, 0xAB)
-                          .text(72, std::string(36, 'n'))
-                          .u32(108, 108 * 1024)
-                          .u32(112, 0xFFFFFFFF)
-                          .u32(124, 4000000000)
-                          .u32(128, 128)
-                          .u32(132, 132 * 1024)
-                          .u32(136, 136 * 1024 + 1023)
-                          .u32(148, 148 * 1024)
-                          .u32(152, 152 * 1024)
-                          .hex(303, "ee");
+                          .text(72, std::string(36, 'n'));
+  // clang-format on
   const Bytes second = Bytes().at(0, address6()).text(72, "web").u16(28, 6);
   const Outcome outcome =
       vek({"hi", "ct", "fd00::12"}, {{.payload = Bytes().u32(20, 2).at(44, first).at(44 + 304, second)}});

@@ -134,9 +134,11 @@ void clear_hosts(Store& store) {
   store.execute("DELETE FROM host");
 }
 
+int64_t count_hosts(Store& store) { return store.number("SELECT count(*) FROM host"); }
+
 void load_hosts(Store& store, const Node& node) {
   node.each_element([&store](const Node& element) { load_host(store, element); });
-  if (store.number("SELECT count(*) FROM host") > kMaxHosts) {
+  if (count_hosts(store) > kMaxHosts) {
     node.fail("more than " + std::to_string(kMaxHosts) + " hosts");
   }
 }
@@ -154,6 +156,8 @@ void load_third(Store& store, const Node& node) {
 
 void clear_third(Store& store) { store.execute("DELETE FROM host_third"); }
 
+int64_t count_third(Store& store) { return store.number("SELECT count(*) FROM host_third"); }
+
 void load_counters(Store& store, const Node& node) {
   node.each_member([&store](const std::string& name, const Node& value) {
     const auto counter = std::ranges::find(kHostCounters, name, &HostCounter::name);
@@ -169,13 +173,20 @@ void clear_counters(Store& store) {
   }
 }
 
+int64_t count_counters(Store& store) {
+  int64_t count = 0;
+  for (const HostCounter& counter : kHostCounters) {
+    count += store.number("SELECT count(*) FROM setting WHERE module = ? AND name = ?", kModuleHost,
+                          std::string_view(counter.name));
+  }
+  return count;
+}
+
 }  // namespace
 
-const Section kHostsSection = {"hosts", load_hosts, clear_hosts, "SELECT count(*) FROM host"};
-const Section kThirdSection = {"third", load_third, clear_third, "SELECT count(*) FROM host_third"};
-const Section kCountersSection = {
-    "counters", load_counters, clear_counters,
-    "SELECT count(*) FROM setting WHERE module = 13 AND name NOT LIKE 'ageing%'"};
+const Section kHostsSection = {"hosts", load_hosts, clear_hosts, count_hosts};
+const Section kThirdSection = {"third", load_third, clear_third, count_third};
+const Section kCountersSection = {"counters", load_counters, clear_counters, count_counters};
 
 void add_host(Store& store, const HostAiEntry& made) {
   HostAiEntry entry = made;

@@ -42,11 +42,11 @@ HostAiEntry make_host(uint32_t number) {
   const Kind& kind = kKinds[number % std::size(kKinds)];
   const uint32_t chance = scatter(number);
 
-  host.arp_ip = htonl(0x0A010001 + number);
-  host.local_ip = htonl(0x0A010001);
+  constexpr uint32_t kRouter = 0x0A010001;  // 10.1.0.1
+  host.local_ip = htonl(kRouter);
+  host.arp_ip = htonl(kRouter + 1 + number);
   char text[64];
-  StrToIpaddr(IpToStr(text, htonl(0x0A010002 + number)), host.ip);
-  host.arp_ip = htonl(0x0A010002 + number);
+  StrToIpaddr(IpToStr(text, host.arp_ip), host.ip);
   const uint32_t mac = htonl(number + 1);
   host.local_mac[0] = 2;
   memcpy(host.local_mac + 2, &mac, sizeof mac);

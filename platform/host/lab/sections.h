@@ -9,7 +9,7 @@ struct Section {
   const char* name;                                 // the scenario's member, and what show calls it
   void (*load)(Store& store, const Node& section);  // puts in place what it says
   void (*clear)(Store& store);                      // takes away what was put in place
-  const char* count;                                // how much there is of it: SQL with one number
+  int64_t (*count)(Store& store);                   // how much there is of it
 };
 
 extern const Section kHostsSection;

@@ -1,4 +1,5 @@
 // vek-lab: puts hosts and whatever else only packets would tell in place, all at once or not at all.
+#include <algorithm>
 #include <cstdio>
 #include <cstdlib>
 #include <fstream>
@@ -14,21 +15,29 @@ namespace {
 
 using nlohmann::json;
 
+// One that builds on another comes behind it.
 constexpr const Section* kSections[] = {&kHostsSection, &kThirdSection, &kCountersSection};
 
 void clear(Store& store) {
   for (const Section* section : kSections) section->clear(store);
 }
 
-// A scenario is an object: "about" is a text for its readers, every other member a section.
+// A scenario is an object: "about" is a text for its readers, every other member a section. They are loaded
+// in the order of the table, whatever theirs in the file.
 void load_sections(Store& store, const Node& scenario) {
-  scenario.each_member([&store](const std::string& name, const Node& value) {
-    if (name == "about") return void(value.text(1000));
-    for (const Section* section : kSections) {
-      if (name == section->name) return section->load(store, value);
+  scenario.each_member([](const std::string& name, const Node& value) {
+    if (name == "about") {
+      value.text(1000);
+    } else if (std::ranges::find(kSections, name, [](const Section* each) { return each->name; }) ==
+               std::end(kSections)) {
+      value.fail("unknown section");
     }
-    value.fail("unknown section");
   });
+  for (const Section* section : kSections) {
+    scenario.each_member([&](const std::string& name, const Node& value) {
+      if (name == section->name) section->load(store, value);
+    });
+  }
 }
 
 std::string read_file(const std::string& path) {
@@ -75,7 +84,7 @@ void reset(const char*) {
 void show(const char*) {
   Store store = open_state(kReads);
   for (const Section* section : kSections) {
-    printf("%s: %lld\n", section->name, static_cast<long long>(store.number(section->count)));
+    printf("%s: %lld\n", section->name, static_cast<long long>(section->count(store)));
   }
 }
 
