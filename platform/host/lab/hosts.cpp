@@ -15,8 +15,6 @@
 namespace {
 
 // clang-format off
-#define AT(record, field) offsetof(record, field), sizeof(record::field)
-
 // "age": for how many seconds the host has been known; "idle": since when it has been silent.
 constexpr Field kHostFields[] = {
     {"ip", AT(HostEntry, ip), Field::kAddress, true},
@@ -93,7 +91,6 @@ constexpr Field kThirdFields[] = {
     {"device_type", AT(ThirdEntry, device_type), Field::kNumber},
 };
 
-#undef AT
 // clang-format on
 
 uint64_t moment(uint64_t seconds_ago) {

@@ -2,6 +2,7 @@
 // filled by a table of fields.
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
 #include <functional>
 #include <nlohmann/json.hpp>
@@ -52,6 +53,9 @@ struct Field {
   Kind kind;
   bool is_required = false;
 };
+
+// Where a member of a record lies, for the rows of a table of fields.
+#define AT(record, member) offsetof(record, member), sizeof(record::member)
 
 // Fills the record from an object that holds nothing but such members, and other ones that `other` takes:
 // bool(const std::string& name, const Node& value).
