@@ -58,7 +58,7 @@ HostAiEntry make_host(uint32_t number) {
   host.speed_limit_up = 2048;
   host.speed_limit_down = 20480;
   host.typeid_user = static_cast<uint16_t>(chance % 300);
-  host.mr_id = static_cast<uint16_t>(1 + number % 2);
+  host.mr_id = static_cast<uint16_t>(number % 2);
   host.vlanid = static_cast<uint16_t>(10 + number % 4);
   host.up_bytes = uint64_t{chance} << 4;
   host.up_packets = host.up_bytes / 400;

@@ -15,3 +15,4 @@ struct Section {
 extern const Section kHostsSection;
 extern const Section kThirdSection;
 extern const Section kCountersSection;
+extern const Section kLinesSection;

@@ -16,7 +16,7 @@ namespace {
 using nlohmann::json;
 
 // One that builds on another comes behind it.
-constexpr const Section* kSections[] = {&kHostsSection, &kThirdSection, &kCountersSection};
+constexpr const Section* kSections[] = {&kHostsSection, &kThirdSection, &kCountersSection, &kLinesSection};
 
 void clear(Store& store) {
   for (const Section* section : kSections) section->clear(store);

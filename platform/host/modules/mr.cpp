@@ -1,6 +1,6 @@
 // Multi-line selection (module 10): the lines, each of them a WAN interface of the registry, with their
-// settings, and the routes that pin traffic to a line. Who uses which line only packets would tell, so the
-// counts of hosts and connections stay 0. IPv4 addresses are kept as they travel.
+// settings, and the routes that pin traffic to a line. Who uses which line only packets would tell: that is
+// the lab's word, or 0. IPv4 addresses are kept as they travel.
 #include "modules/mr.h"
 
 #include <arpa/inet.h>
@@ -113,28 +113,32 @@ void set_ula(Store& store, const LineUla& ula) {
 }
 
 // A line is up once its interface is done; a line that takes its weight from QoS weighs what its interface is
-// shaped to.
+// shaped to, or if it is not, what it has been seen to carry.
 void list(Store& store, Order& order) {
   ListAnswer<LineEntry> answer(order);
   Statement row = store.query(
       "SELECT wanid, jh, interface.flags & ? <> 0, is_qosval, wan_proto, change_id, ppp_demand, state_v6,"
-      "  flow_limit, val, iif(is_qosval, qos_device.up + qos_device.down, 0), qos_device.up, qos_device.down,"
+      "  flow_limit, val, coalesce(qos_device.up, seen_up), coalesce(qos_device.down, seen_down),"
       "  host_num, ct_num, dns4_1, dns4_2, dns4_3, dns6_1, dns6_2, dns6_3, dns_prio, create_tm, ula,"
       "  ula_length, zc.state, zc.en, zc.act, zc.tm, times, sd, gw, second_ip, ip1, ip2, ip3, name1, name2,"
-      "  name3, mobile, option, option_text, option_ip "
+      "  name3, mobile, option, option_text, option_ip, hi, hi_bracket_1, hi_bracket_2, ct, hi_val, ct_val, "
+      "false_tm,"
+      "  trys, ret_state "
       "FROM line JOIN interface USING (dev) LEFT JOIN line_zc AS zc USING (wanid)"
-      "  LEFT JOIN qos_device USING (dev) ORDER BY wanid",
+      "  LEFT JOIN line_fact USING (wanid) LEFT JOIN qos_device USING (dev) ORDER BY wanid",
       kInterfaceLineUp);
   while (row.next()) {
     LineEntry line = {};
     LineDetection& zc = line.zc;
     row.read(line.wanid, line.jh, line.state_v4, line.chk_qosval, line.wan_proto, line.change_id,
-             line.ppp_demand, line.state_v6, line.flow_limit, line.val, line.qos_val, line.qos_speed[0],
-             line.qos_speed[1], line.host_num, line.ct_limit_num, line.dns4[0], line.dns4[1], line.dns4[2],
-             line.dns6[0], line.dns6[1], line.dns6[2], line.dns_pri, line.create_tm, line.ula,
-             line.ula_length, zc.state, zc.en, zc.act, zc.tm, zc.times, zc.sd, zc.gw, zc.second_ip,
-             zc.target_ips[0], zc.target_ips[1], zc.target_ips[2], zc.target_names[0], zc.target_names[1],
-             zc.target_names[2], zc.mobile, zc.option, zc.option_text, zc.option_ip);
+             line.ppp_demand, line.state_v6, line.flow_limit, line.val, line.qos_speed[0], line.qos_speed[1],
+             line.host_num, line.ct_limit_num, line.dns4[0], line.dns4[1], line.dns4[2], line.dns6[0],
+             line.dns6[1], line.dns6[2], line.dns_pri, line.create_tm, line.ula, line.ula_length, zc.state,
+             zc.en, zc.act, zc.tm, zc.times, zc.sd, zc.gw, zc.second_ip, zc.target_ips[0], zc.target_ips[1],
+             zc.target_ips[2], zc.target_names[0], zc.target_names[1], zc.target_names[2], zc.mobile,
+             zc.option, zc.option_text, zc.option_ip, line.hi, line.hi_bracket[0], line.hi_bracket[1],
+             line.ct, line.hi_val, line.ct_val, line.false_tm, zc.trys, zc.ret_state);
+    if (line.chk_qosval != 0) line.qos_val = line.qos_speed[0] + line.qos_speed[1];
     answer.add(line);
   }
 }
@@ -275,6 +279,21 @@ CREATE TABLE line_zc (
   option INTEGER NOT NULL,
   option_text TEXT NOT NULL,
   option_ip INTEGER NOT NULL
+);
+CREATE TABLE line_fact (                  -- what a lab says of lines
+  wanid INTEGER PRIMARY KEY REFERENCES line (wanid) ON DELETE CASCADE,
+  flags_before INTEGER NOT NULL,          -- the interface's, when the lab found it; 0: it made it
+  hi INTEGER NOT NULL,
+  hi_bracket_1 INTEGER NOT NULL,
+  hi_bracket_2 INTEGER NOT NULL,
+  ct INTEGER NOT NULL,
+  hi_val INTEGER NOT NULL,
+  ct_val INTEGER NOT NULL,
+  seen_up INTEGER NOT NULL,
+  seen_down INTEGER NOT NULL,
+  false_tm INTEGER NOT NULL,
+  trys INTEGER NOT NULL,
+  ret_state INTEGER NOT NULL
 );
 CREATE TABLE line_route (
   wanid INTEGER NOT NULL REFERENCES line (wanid) ON DELETE CASCADE,
