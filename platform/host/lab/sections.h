@@ -16,3 +16,4 @@ extern const Section kHostsSection;
 extern const Section kThirdSection;
 extern const Section kCountersSection;
 extern const Section kLinesSection;
+extern const Section kAccountsSection;

@@ -16,7 +16,8 @@ namespace {
 using nlohmann::json;
 
 // One that builds on another comes behind it.
-constexpr const Section* kSections[] = {&kHostsSection, &kThirdSection, &kCountersSection, &kLinesSection};
+constexpr const Section* kSections[] = {&kHostsSection, &kThirdSection, &kCountersSection, &kLinesSection,
+                                        &kAccountsSection};
 
 void clear(Store& store) {
   for (const Section* section : kSections) section->clear(store);

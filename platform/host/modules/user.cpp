@@ -191,7 +191,8 @@ CREATE TABLE account (
   flags INTEGER NOT NULL,
   locked INTEGER NOT NULL DEFAULT 0,
   up_bytes INTEGER NOT NULL DEFAULT 0,
-  down_bytes INTEGER NOT NULL DEFAULT 0
+  down_bytes INTEGER NOT NULL DEFAULT 0,
+  lab INTEGER NOT NULL DEFAULT 0          -- 1: expiry and traffic are a lab's word, 2: so is the account
 );
 CREATE TABLE session (
   session INTEGER PRIMARY KEY,
