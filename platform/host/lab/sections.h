@@ -17,3 +17,4 @@ extern const Section kThirdSection;
 extern const Section kCountersSection;
 extern const Section kLinesSection;
 extern const Section kAccountsSection;
+extern const Section kRulesSection;

@@ -16,8 +16,8 @@ namespace {
 using nlohmann::json;
 
 // One that builds on another comes behind it.
-constexpr const Section* kSections[] = {&kHostsSection, &kThirdSection, &kCountersSection, &kLinesSection,
-                                        &kAccountsSection};
+constexpr const Section* kSections[] = {&kHostsSection, &kThirdSection,    &kCountersSection,
+                                        &kLinesSection, &kAccountsSection, &kRulesSection};
 
 void clear(Store& store) {
   for (const Section* section : kSections) section->clear(store);

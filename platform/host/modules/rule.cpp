@@ -1,6 +1,8 @@
 // The rule tables (module 11): access rules with their default action, whitelist, multi-line routing with its
 // hit counters, application filter. Rules are kept as the records that they came in, and listed by priority,
 // lowest number first; rules of one priority in the order in which they were added.
+#include "modules/rule.h"
+
 #include <cstddef>
 
 #include "args/list_records.h"
@@ -236,3 +238,7 @@ constexpr Command kCommands[] = {
 }  // namespace
 
 const Module kRuleModule = {kModuleRule, kCommands, kSchema};
+
+bool set_route_hits(Store& store, std::string_view name, uint64_t hits) {
+  return store.execute("UPDATE rule SET hits = ? WHERE tab = ? AND name = ?", hits, kMroute, name) != 0;
+}
