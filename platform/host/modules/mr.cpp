@@ -121,9 +121,8 @@ void list(Store& store, Order& order) {
       "  flow_limit, val, coalesce(qos_device.up, seen_up), coalesce(qos_device.down, seen_down),"
       "  host_num, ct_num, dns4_1, dns4_2, dns4_3, dns6_1, dns6_2, dns6_3, dns_prio, create_tm, ula,"
       "  ula_length, zc.state, zc.en, zc.act, zc.tm, times, sd, gw, second_ip, ip1, ip2, ip3, name1, name2,"
-      "  name3, mobile, option, option_text, option_ip, hi, hi_bracket_1, hi_bracket_2, ct, hi_val, ct_val, "
-      "false_tm,"
-      "  trys, ret_state "
+      "  name3, mobile, option, option_text, option_ip, hi, hi_bracket_1, hi_bracket_2, ct,"
+      "  hi_val, ct_val, false_tm, trys, ret_state "
       "FROM line JOIN interface USING (dev) LEFT JOIN line_zc AS zc USING (wanid)"
       "  LEFT JOIN line_fact USING (wanid) LEFT JOIN qos_device USING (dev) ORDER BY wanid",
       kInterfaceLineUp);
