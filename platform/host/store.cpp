@@ -107,19 +107,17 @@ Store::Store(const char* name, std::span<const Schema> schemas, Access access) {
     sqlite3_busy_handler(database_, wait_for_lock, nullptr);
     sqlite3_db_config(database_, SQLITE_DBCONFIG_ENABLE_FKEY, 1, nullptr);
     const int64_t version = total_steps(schemas);
-    is_current(version);  // throws before anything could change a file that is not ours
+    run("BEGIN");
+    const bool is_ready = is_current(version);  // throws before anything could change a file that is not ours
+    if (is_ready && access == kReads) return;
+    run("ROLLBACK");
+
     // A rollback journal, not a write-ahead log: processes live for one order, so each would set up the log
     // and fold it back. Readers here write nothing at all. The journal is truncated and synced at each
     // commit, so that no power failure can bring it back and undo what was answered; hence FULL.
     run("PRAGMA journal_mode = TRUNCATE");
     run("PRAGMA synchronous = FULL");
-
-    run(access == kWrites ? "BEGIN IMMEDIATE" : "BEGIN");
-    if (is_current(version)) return;
-    if (access == kReads) {
-      run("ROLLBACK");
-      run("BEGIN IMMEDIATE");
-    }
+    run("BEGIN IMMEDIATE");
     if (!is_current(version)) upgrade(schemas, version);  // another process may have been first
     if (access == kReads) {
       run("COMMIT");
