@@ -78,7 +78,7 @@ int tesvel_order_opt_fun(void* record, uint32_t length) {
   return 0;
 }
 
-void log_call(const char*, ...) {}
+void log_call(std::initializer_list<LoggedWord>) {}
 
 long next_answer(const char*, void* destination, size_t room) {
   long number = answers.number<int8_t>();

@@ -10,6 +10,20 @@
 
 namespace {
 
+// A call with its arguments that answers a number.
+template <typename... Values>
+int call(const char* function, Values... values) {
+  log_call({function, values...});
+  return static_cast<int>(next_answer(function));
+}
+
+// The same with something to fill in, which is no argument in the log.
+template <typename... Values>
+int fill(const char* function, void* destination, size_t room, Values... values) {
+  log_call({function, values...});
+  return static_cast<int>(next_answer(function, destination, room));
+}
+
 // A text whose number is not 0; null else.
 template <size_t kSize>
 const char* next_text(const char* function, char (&text)[kSize]) {
@@ -19,32 +33,11 @@ const char* next_text(const char* function, char (&text)[kSize]) {
 
 // The answer of "FUNCTION:KEY", which the next one overwrites.
 const char* text_of_key(const char* function, const char* key) {
-  log_call("%s %s", function, key);
+  log_call({function, key});
   static char value[1024];
   char name[128];
   snprintf(name, sizeof name, "%s:%s", function, key);
   return next_text(name, value);
-}
-
-// A call that answers a number.
-int call(const char* function) {
-  log_call("%s", function);
-  return static_cast<int>(next_answer(function));
-}
-
-int call(const char* function, const char* text) {
-  log_call("%s %s", function, text);
-  return static_cast<int>(next_answer(function));
-}
-
-int call(const char* function, uint32_t number) {
-  log_call("%s %u", function, number);
-  return static_cast<int>(next_answer(function));
-}
-
-int call_for_text(const char* function, char* buffer, uint32_t room) {
-  log_call("%s %u", function, room);
-  return static_cast<int>(next_answer(function, buffer, room));
 }
 
 }  // namespace
@@ -52,136 +45,81 @@ int call_for_text(const char* function, char* buffer, uint32_t room) {
 #pragma GCC visibility push(default)
 
 int ApiLoginByIpName(const char* user, const char* ip, uint32_t timeout) {
-  log_call("%s %s %s %u", __func__, user, ip, timeout);
-  return static_cast<int>(next_answer(__func__));
+  return call(__func__, user, ip, timeout);
 }
-
 int ApiLoginByMacName(const char* user, const char* mac, uint32_t timeout) {
-  log_call("%s %s %s %u", __func__, user, mac, timeout);
-  return static_cast<int>(next_answer(__func__));
+  return call(__func__, user, mac, timeout);
 }
-
 int ApiLoginByIpAndMacName(const char* user, const char* ip, const char* mac, uint32_t timeout) {
-  log_call("%s %s %s %s %u", __func__, user, ip, mac, timeout);
-  return static_cast<int>(next_answer(__func__));
+  return call(__func__, user, ip, mac, timeout);
 }
 
 int ApiLogoutByIp(const char* ip) { return call(__func__, ip); }
-
 int ApiLogoutByMac(const char* mac) { return call(__func__, mac); }
-
 int ApiIsIpOnline(const char* ip) { return call(__func__, ip); }
-
 int ApiIsMacOnline(const char* mac) { return call(__func__, mac); }
+int ApiIsIpMacOnline(const char* ip, const char* mac) { return call(__func__, ip, mac); }
 
-int ApiIsIpMacOnline(const char* ip, const char* mac) {
-  log_call("%s %s %s", __func__, ip, mac);
-  return static_cast<int>(next_answer(__func__));
-}
-
-int ApiGetOnlineInfoByIp(OnlineInfo* info, const char* ip) {
-  log_call("%s %s", __func__, ip);
-  return static_cast<int>(next_answer(__func__, info, sizeof *info));
-}
-
+int ApiGetOnlineInfoByIp(OnlineInfo* info, const char* ip) { return fill(__func__, info, sizeof *info, ip); }
 int ApiGetOnlineInfoByMac(OnlineInfo* info, const char* mac) {
-  log_call("%s %s", __func__, mac);
-  return static_cast<int>(next_answer(__func__, info, sizeof *info));
+  return fill(__func__, info, sizeof *info, mac);
 }
-
 int ApiGetOnlineInfoByIpAndMac(OnlineInfo* info, const char* ip, const char* mac) {
-  log_call("%s %s %s", __func__, ip, mac);
-  return static_cast<int>(next_answer(__func__, info, sizeof *info));
+  return fill(__func__, info, sizeof *info, ip, mac);
 }
-
 int ApiGetAllOnlineInfo(OnlineInfo* infos, uint32_t room) {
-  log_call("%s %u", __func__, room);
-  return static_cast<int>(next_answer(__func__, infos, room * sizeof *infos));
+  return fill(__func__, infos, room * sizeof *infos, room);
 }
 
-int ApiAddWhiteMac(const char* value) { return call(__func__, value); }
-int ApiDelWhiteMac(const char* value) { return call(__func__, value); }
-int ApiGetWhiteMac(char* buffer, uint32_t room) { return call_for_text(__func__, buffer, room); }
-int ApiDelallWhiteMac(void) { return call(__func__); }
-
-int ApiAddWhiteDomain(const char* value) { return call(__func__, value); }
-int ApiDelWhiteDomain(const char* value) { return call(__func__, value); }
-int ApiGetWhiteDomain(char* buffer, uint32_t room) { return call_for_text(__func__, buffer, room); }
-int ApiDelallWhiteDomain(void) { return call(__func__); }
-
-int ApiAddWhiteIp(const char* value) { return call(__func__, value); }
-int ApiDelWhiteIp(const char* value) { return call(__func__, value); }
-int ApiGetWhiteIp(char* buffer, uint32_t room) { return call_for_text(__func__, buffer, room); }
-int ApiDelallWhiteIp(void) { return call(__func__); }
-
-int ApiAddWhiteFip(const char* value) { return call(__func__, value); }
-int ApiDelWhiteFip(const char* value) { return call(__func__, value); }
-int ApiGetWhiteFip(char* buffer, uint32_t room) { return call_for_text(__func__, buffer, room); }
-int ApiDelallWhiteFip(void) { return call(__func__); }
-
-int ApiAddWhitePort(uint32_t port) { return call(__func__, port); }
-int ApiDelWhitePort(uint32_t port) { return call(__func__, port); }
-int ApiGetWhitePort(char* buffer, uint32_t room) { return call_for_text(__func__, buffer, room); }
-int ApiDelallWhitePort(void) { return call(__func__); }
-
-int ApiAddBlackMac(const char* value) { return call(__func__, value); }
-int ApiDelBlackMac(const char* value) { return call(__func__, value); }
-int ApiGetBlackMac(char* buffer, uint32_t room) { return call_for_text(__func__, buffer, room); }
-int ApiDelallBlackMac(void) { return call(__func__); }
+#define LIST(Name, Value)                                                                      \
+  int ApiAdd##Name(Value value) { return call(__func__, value); }                              \
+  int ApiDel##Name(Value value) { return call(__func__, value); }                              \
+  int ApiGet##Name(char* buffer, uint32_t room) { return fill(__func__, buffer, room, room); } \
+  int ApiDelall##Name(void) { return call(__func__); }
+LIST(WhiteMac, const char*)
+LIST(WhiteDomain, const char*)
+LIST(WhiteIp, const char*)
+LIST(WhiteFip, const char*)
+LIST(WhitePort, uint32_t)
+LIST(BlackMac, const char*)
+#undef LIST
 
 int ApiGetAuthenticateState(uint32_t* state, uint32_t* savemac, uint32_t* time, uint32_t* loginmax) {
-  log_call("%s", __func__);
   uint32_t values[4] = {};
-  const auto number = static_cast<int>(next_answer(__func__, values, sizeof values));
+  const int number = fill(__func__, values, sizeof values);
   *state = values[0];
   *savemac = values[1];
   *time = values[2];
   *loginmax = values[3];
   return number;
 }
-
 int ApiSetAuthenticateState(uint32_t state, uint32_t savemac, uint32_t time, uint32_t loginmax) {
-  log_call("%s %u %u %u %u", __func__, state, savemac, time, loginmax);
-  return static_cast<int>(next_answer(__func__));
+  return call(__func__, state, savemac, time, loginmax);
 }
 
-int ApiGetPortal(char* buffer, uint32_t room) { return call_for_text(__func__, buffer, room); }
+int ApiGetPortal(char* buffer, uint32_t room) { return fill(__func__, buffer, room, room); }
 int ApiSetPortal(const char* url) { return call(__func__, url); }
 
-const char* nvram_get(const char* key) { return text_of_key("nvram_get", key); }
+const char* nvram_get(const char* key) { return text_of_key(__func__, key); }
+const char* tvl_nv_get_def(const char* key) { return text_of_key(__func__, key); }
+int nvram_set(const char* key, const char* value) { return call(__func__, key, value); }
+int nvram_commit(void) { return call(__func__); }
 
-const char* tvl_nv_get_def(const char* key) { return text_of_key("tvl_nv_get_def", key); }
-
-int nvram_set(const char* key, const char* value) {
-  log_call("nvram_set %s %s", key, value);
-  return static_cast<int>(next_answer("nvram_set"));
-}
-
-int nvram_commit(void) {
-  log_call("nvram_commit");
-  return static_cast<int>(next_answer("nvram_commit"));
-}
-
-int vek_get_wan_proto(const char* name) {
-  log_call("vek_get_wan_proto %s", name);
-  return static_cast<int>(next_answer("vek_get_wan_proto"));
-}
+int vek_get_wan_proto(const char* name) { return call(__func__, name); }
 
 const char* tvl_get_wan_name(uint32_t line) {
-  log_call("tvl_get_wan_name %u", line);
+  log_call({__func__, line});
   static char name[64];
-  return next_text("tvl_get_wan_name", name);
+  return next_text(__func__, name);
 }
-
 const char* tvl_vpnget(const char* name, uint32_t index) {
-  log_call("tvl_vpnget %s %u", name, index);
+  log_call({__func__, name, index});
   static char key[64];
-  return next_text("tvl_vpnget", key);
+  return next_text(__func__, key);
 }
 
 int snmp_get_mac_by_ipstr(const char* community, const char* peer, const char* ip, void* mac) {
-  log_call("snmp_get_mac_by_ipstr %s %s %s", community, peer, ip);
-  return static_cast<int>(next_answer("snmp_get_mac_by_ipstr", mac, 6));
+  return fill(__func__, mac, 6, community, peer, ip);
 }
 
 #pragma GCC visibility pop

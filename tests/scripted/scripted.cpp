@@ -3,7 +3,6 @@
 // VEK_LOG. Stands alone, so that it can go into static programs.
 //
 // A script is lines of text:
-//   call                  the lines that follow answer the next call of the gateway
 //   return N              what the gateway returns (0 unless said)
 //   result N              the result code in the answer
 //   put OFFSET HEX        bytes of the answer, at an offset of the record
@@ -15,7 +14,6 @@
 #include <fcntl.h>
 #include <unistd.h>
 
-#include <cstdarg>
 #include <cstdint>
 #include <cstdio>
 #include <cstdlib>
@@ -61,6 +59,11 @@ void each_line(Visit visit) {
   fclose(file);
 }
 
+void end_log_line() {
+  fputc('\n', log_file());
+  fflush(log_file());
+}
+
 bool starts_with(const char* line, const char* word) { return strncmp(line, word, strlen(word)) == 0; }
 
 uint8_t hex_digit(char digit) { return static_cast<uint8_t>(digit <= '9' ? digit - '0' : digit - 'a' + 10); }
@@ -96,7 +99,7 @@ void log_record(const uint8_t* record, uint32_t length) {
   while (used > 0 && record[used - 1] == 0) --used;
   fprintf(log_file(), "order %u ", length);
   for (uint32_t i = 0; i < used; ++i) fprintf(log_file(), "%02x", record[i]);
-  log_call("%s", "");
+  end_log_line();
 }
 
 // How often the function was called before, this time included.
@@ -114,14 +117,18 @@ int count_call(const char* function) {
 
 }  // namespace
 
-void log_call(const char* format, ...) {
+void log_call(std::initializer_list<LoggedWord> words) {
   if (log_file() == nullptr) return;
-  va_list arguments;
-  va_start(arguments, format);
-  vfprintf(log_file(), format, arguments);
-  va_end(arguments);
-  fputc('\n', log_file());
-  fflush(log_file());
+  const char* separator = "";
+  for (const LoggedWord& word : words) {
+    if (word.is_text) {
+      fprintf(log_file(), "%s%s", separator, word.text == nullptr ? "(null)" : word.text);
+    } else {
+      fprintf(log_file(), "%s%u", separator, word.number);
+    }
+    separator = " ";
+  }
+  end_log_line();
 }
 
 long next_answer(const char* function, void* destination, size_t room) {
@@ -142,25 +149,21 @@ long next_answer(const char* function, void* destination, size_t room) {
 
 #pragma GCC visibility push(default)
 
+// clang-format off
 // Codes 1, 3, 50 and 51 have texts.
 const char* const tvlret_err_str[52] = {
-    nullptr, "first error", nullptr,       "no such entry",  nullptr, nullptr, nullptr, nullptr,
-    nullptr, nullptr,       nullptr,       nullptr,          nullptr, nullptr, nullptr, nullptr,
-    nullptr, nullptr,       nullptr,       nullptr,          nullptr, nullptr, nullptr, nullptr,
-    nullptr, nullptr,       nullptr,       nullptr,          nullptr, nullptr, nullptr, nullptr,
-    nullptr, nullptr,       nullptr,       nullptr,          nullptr, nullptr, nullptr, nullptr,
-    nullptr, nullptr,       nullptr,       nullptr,          nullptr, nullptr, nullptr, nullptr,
-    nullptr, nullptr,       "error fifty", "error fifty-one"};
+    nullptr, "first error", nullptr, "no such entry", nullptr, nullptr, nullptr, nullptr, nullptr, nullptr, nullptr,
+    nullptr, nullptr, nullptr, nullptr, nullptr, nullptr, nullptr, nullptr, nullptr, nullptr, nullptr, nullptr, nullptr,
+    nullptr, nullptr, nullptr, nullptr, nullptr, nullptr, nullptr, nullptr, nullptr, nullptr, nullptr, nullptr, nullptr,
+    nullptr, nullptr, nullptr, nullptr, nullptr, nullptr, nullptr, nullptr, nullptr, nullptr, nullptr, nullptr, nullptr,
+    "error fifty", "error fifty-one"};
+// clang-format on
 
 int tesvel_order_opt_fun(void* record, uint32_t length) {
-  const int call = count_call("order");
   auto* bytes = static_cast<uint8_t*>(record);
   log_record(bytes, length);
-  int block = 0;
   int returned = 0;
   each_line([&](const char* line) {
-    if (strcmp(line, "call") == 0) ++block;
-    if (block != call) return;
     if (starts_with(line, "return ")) returned = atoi(line + 7);
     if (starts_with(line, "result ")) {
       const auto result = static_cast<uint32_t>(strtoul(line + 7, nullptr, 10));
