@@ -1,4 +1,4 @@
-// Child processes and temporary folders of the tests.
+// Child processes, their words, and temporary folders of the tests.
 #include "support/process.h"
 
 #include <fcntl.h>
@@ -11,6 +11,8 @@
 #include <cerrno>
 #include <cstdlib>
 #include <filesystem>
+#include <iomanip>
+#include <sstream>
 #include <system_error>
 
 namespace {
@@ -71,6 +73,26 @@ RunResult run(const std::vector<std::string>& argv, const std::vector<std::strin
   if (waitpid(child, &status, 0) != child) fail("waitpid");
   result.status = WIFEXITED(status) ? WEXITSTATUS(status) : 128 + WTERMSIG(status);
   return result;
+}
+
+std::vector<std::string> split(const std::string& words) {
+  std::istringstream stream(words);
+  std::vector<std::string> all;
+  for (std::string word; stream >> std::quoted(word, '\'');) all.push_back(unfolded(word));
+  return all;
+}
+
+std::string unfolded(std::string text) {
+  for (size_t open = 0; (open = text.find('{')) != text.npos;) {
+    const size_t close = text.find("}*", open);
+    size_t digits = 0;
+    std::string all;
+    for (int left = std::stoi(text.substr(close + 2), &digits); left > 0; --left) {
+      all += text.substr(open + 1, close - open - 1);
+    }
+    text.replace(open, close + 2 + digits - open, all);
+  }
+  return text;
 }
 
 TempFolder::TempFolder() {

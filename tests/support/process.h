@@ -13,6 +13,12 @@ struct RunResult {
 // argv[0] is the program's path. extra_env ("NAME=value") comes on top of this process's environment.
 RunResult run(const std::vector<std::string>& argv, const std::vector<std::string>& extra_env = {});
 
+// Words that are separated by blanks, each unfolded; one that is empty or has blanks inside stands in ''.
+std::vector<std::string> split(const std::string& words);
+
+// "{ab}*3" is "ababab", wherever it stands in the text.
+std::string unfolded(std::string text);
+
 // A folder of its own under the system's temporary folder, removed with all in it at the end.
 class TempFolder {
  public:

@@ -2,19 +2,19 @@
 #include "tool/driver.h"
 
 #include <arpa/inet.h>
-#include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cstdlib>
 #include <cstring>
 #include <fstream>
-#include <iterator>
 #include <sstream>
+#include <stdexcept>
 
 namespace {
 
 constexpr size_t kHeaderSize = 16;
 
-std::string to_hex(std::string_view bytes) {
+std::string to_hex(const std::string& bytes) {
   std::string hex;
   for (const char byte : bytes) {
     for (const int shift : {4, 0}) hex += "0123456789abcdef"[(static_cast<uint8_t>(byte) >> shift) & 15];
@@ -22,38 +22,46 @@ std::string to_hex(std::string_view bytes) {
   return hex;
 }
 
-std::string from_hex(std::string digits) {
-  std::erase(digits, ' ');
+std::string from_hex(const std::string& digits) {
   std::string bytes;
-  for (size_t i = 0; i + 1 < digits.size(); i += 2) {
+  for (size_t i = 0; i < digits.size(); i += 2) {
     bytes += static_cast<char>(std::stoi(digits.substr(i, 2), nullptr, 16));
   }
   return bytes;
 }
 
-void write_script(const std::string& path, const std::vector<Reply>& replies, const std::string& rest) {
-  std::ofstream script(path);
-  for (const Reply& reply : replies) {
-    script << "call\nreturn " << reply.returned << "\nresult " << reply.result << "\n";
-    if (!reply.header.str().empty()) script << "put 0 " << to_hex(reply.header.str()) << "\n";
-    if (!reply.payload.str().empty())
-      script << "put " << kHeaderSize << " " << to_hex(reply.payload.str()) << "\n";
+std::string value_of(const std::string& kind, const std::string& text) {
+  if (kind == "text") return text;
+  if (kind == "hex") return from_hex(text);
+  std::string bytes(8, '\0');
+  if (kind == "ip") {  // network byte order
+    if (inet_pton(AF_INET, text.c_str(), bytes.data()) == 1) return bytes.substr(0, 4);
+  } else if (kind == "u8" || kind == "u16" || kind == "u32" || kind == "u64") {
+    const uint64_t number = std::stoull(text, nullptr, 0);
+    memcpy(bytes.data(), &number, 8);
+    return bytes.substr(0, std::stoul(kind.substr(1)) / 8);
   }
-  script << rest;
+  throw std::invalid_argument(kind + " " + text);
+}
+
+void write_script(const std::string& path, const Given& given) {
+  std::ofstream script(path);
+  script << "return " << given.returned << "\nresult " << given.result << "\n";
+  if (!given.header.empty()) script << "put 0 " << to_hex(bytes_of(given.header)) << "\n";
+  if (!given.answer.empty()) script << "put " << kHeaderSize << " " << to_hex(bytes_of(given.answer)) << "\n";
+  script << given.script;
 }
 
 Order read_order(const std::string& line) {
-  std::istringstream fields(line);
-  std::string word;
-  std::string hex;
+  const std::vector<std::string> fields = split(line);
   Order order;
-  fields >> word >> order.length >> hex;
-  std::string record = from_hex(hex);
+  order.route.length = static_cast<uint32_t>(std::stoul(fields[1]));
+  std::string record = from_hex(fields.at(2));
   if (record.size() < kHeaderSize) record.resize(kHeaderSize);
-  memcpy(&order.module, record.data(), 4);
+  memcpy(&order.route.module, record.data(), 4);
   memcpy(&order.header_length, record.data() + 4, 4);
   memcpy(&order.result, record.data() + 8, 4);
-  memcpy(&order.command, record.data() + 12, 4);
+  memcpy(&order.route.command, record.data() + 12, 4);
   order.payload = record.substr(kHeaderSize);
   return order;
 }
@@ -65,65 +73,55 @@ std::string setting(const char* name, const char* otherwise) {
 
 }  // namespace
 
-void Bytes::put(size_t offset, std::string_view bytes) {
-  if (bytes_.size() < offset + bytes.size()) bytes_.resize(offset + bytes.size());
-  bytes_.replace(offset, bytes.size(), bytes);
+std::string bytes_of(const std::string& payload) {
+  constexpr const char* kKinds[] = {"text", "hex", "ip", "u8", "u16", "u32", "u64"};
+  std::string bytes;
+  std::string kind;
+  size_t base = 0;
+  size_t place = 0;
+  for (const std::string& word : split(payload)) {
+    const std::string behind = word.substr(word.find(':') + 1);
+    if (word[0] == '+') {
+      base = std::stoul(word);
+    } else if (std::ranges::find(kKinds, behind) != std::end(kKinds)) {
+      place = base + std::stoul(word);
+      kind = behind;
+    } else {
+      const std::string value = value_of(kind, word);
+      bytes.resize(std::max(bytes.size(), place + value.size()));
+      bytes.replace(place, value.size(), value);
+      place += value.size();
+    }
+  }
+  return bytes;
 }
 
-Bytes& Bytes::text(size_t offset, std::string_view value) {
-  put(offset, value);
-  return *this;
+std::string list_of(size_t size, const std::vector<std::string>& entries) {
+  std::string list = "4:u32 " + std::to_string(entries.size());
+  for (size_t i = 0; i < entries.size(); ++i) list += " +" + std::to_string(8 + i * size) + " " + entries[i];
+  return list + " +0 ";
 }
 
-Bytes& Bytes::hex(size_t offset, std::string_view digits) {
-  put(offset, from_hex(std::string(digits)));
-  return *this;
-}
-
-Bytes& Bytes::number(size_t offset, uint64_t value, size_t width) {
-  char bytes[8];
-  for (size_t i = 0; i < width; ++i) bytes[i] = static_cast<char>(value >> (8 * i));
-  put(offset, {bytes, width});
-  return *this;
-}
-
-Bytes& Bytes::ip(size_t offset, std::string_view dotted) {
-  in_addr address{};
-  if (inet_pton(AF_INET, std::string(dotted).c_str(), &address) != 1)
-    ADD_FAILURE() << "no address: " << dotted;
-  put(offset, {reinterpret_cast<const char*>(&address), sizeof address});
-  return *this;
-}
-
-Bytes& Bytes::at(size_t offset, const Bytes& other) {
-  put(offset, other.str());
-  return *this;
-}
-
-std::vector<std::string> split(const std::string& words) {
-  std::istringstream stream(words);
-  return {std::istream_iterator<std::string>(stream), {}};
-}
-
-std::string answer(const std::string& function, long returned, const Bytes& bytes) {
-  return "answer " + function + " " + std::to_string(returned) + " " + to_hex(bytes.str()) + "\n";
+std::string answer(const std::string& function, long returned, const std::string& payload) {
+  return "answer " + function + " " + std::to_string(returned) + " " + to_hex(bytes_of(payload)) + "\n";
 }
 
 std::string vek_path() { return setting("VEK_TEST_BINARY", VEK_BINARY); }
 
-Outcome vek(const std::vector<std::string>& words, const std::vector<Reply>& replies,
-            const Surroundings& surroundings) {
+size_t lines_of(const std::string& text) { return static_cast<size_t>(std::ranges::count(text, '\n')); }
+
+Outcome vek(const std::string& words, const Given& given) {
   const TempFolder folder;
-  write_script(folder.file("script"), replies, surroundings.script);
+  write_script(folder.file("script"), given);
   std::vector<std::string> env = {"VEK_SCRIPT=" + folder.file("script"), "VEK_LOG=" + folder.file("log")};
+  // The static programs have the scripted library inside.
+  if (getenv("VEK_TEST_BINARY") == nullptr) env.push_back("LD_PRELOAD=" VEK_SCRIPTED_LIBRARY);
   std::vector<std::string> argv;
-  if (!surroundings.shell.empty()) argv = {"/bin/sh", "-c", surroundings.shell, "sh"};
+  if (!given.shell.empty()) argv = {"/bin/sh", "-c", given.shell, "sh"};
   const std::string runner = setting("VEK_TEST_RUNNER", "");
   if (!runner.empty()) argv.push_back(runner);
   argv.push_back(vek_path());
-  // The static programs have the scripted library inside.
-  if (getenv("VEK_TEST_BINARY") == nullptr) env.push_back("LD_PRELOAD=" VEK_SCRIPTED_LIBRARY);
-  argv.insert(argv.end(), words.begin(), words.end());
+  std::ranges::copy(split(words), std::back_inserter(argv));
 
   Outcome outcome;
   static_cast<RunResult&>(outcome) = run(argv, env);
@@ -138,16 +136,15 @@ Outcome vek(const std::vector<std::string>& words, const std::vector<Reply>& rep
   return outcome;
 }
 
-void expect_order(const Outcome& outcome, uint32_t module, uint32_t command, uint32_t length,
-                  const Bytes& payload) {
+void expect_order(const Outcome& outcome, const Route& route, const std::string& payload) {
   ASSERT_EQ(outcome.orders.size(), 1u);
   const Order& order = outcome.orders[0];
-  EXPECT_EQ(order.module, module);
-  EXPECT_EQ(order.command, command);
-  EXPECT_EQ(order.length, length);
-  EXPECT_EQ(order.header_length, length);
+  EXPECT_EQ(order.route.module, route.module);
+  EXPECT_EQ(order.route.command, route.command);
+  EXPECT_EQ(order.route.length, route.length);
+  EXPECT_EQ(order.header_length, route.length);
   EXPECT_EQ(order.result, 0u);
-  std::string wanted = payload.str();
+  std::string wanted = bytes_of(payload);
   wanted.resize(wanted.find_last_not_of('\0') + 1);
   EXPECT_EQ(to_hex(order.payload), to_hex(wanted));
 }
@@ -158,19 +155,25 @@ void expect_end(const Outcome& outcome, int status, const std::string& out, cons
   EXPECT_EQ(outcome.status, status);
 }
 
-void expect_rejected(const std::vector<std::string>& words, const std::string& usage,
-                     const std::string& before) {
-  SCOPED_TRACE(testing::PrintToString(words));
-  const Outcome outcome = vek(words);
+void expect_unsent(const Outcome& outcome, int status, const std::string& out, const std::string& err) {
   EXPECT_TRUE(outcome.orders.empty());
-  expect_end(outcome, 1, before + "go to help\n",
-             " " + vek_path() + " " + words[0] + " " + words[1] + " " + usage + "\n");
+  expect_end(outcome, status, out, err);
 }
 
-void expect_setting(const std::vector<std::string>& words, uint32_t module, uint32_t command, uint32_t length,
-                    const Bytes& payload) {
-  SCOPED_TRACE(testing::PrintToString(words));
-  const Outcome outcome = vek(words);
-  expect_order(outcome, module, command, length, payload);
-  expect_end(outcome, 0, "ok\n");
+void shows(const std::string& words, const Route& route, const std::string& payload,
+           const std::string& answer, const std::string& out) {
+  SCOPED_TRACE(words);
+  const Outcome outcome = vek(words, {.answer = answer});
+  expect_order(outcome, route, payload);
+  expect_end(outcome, 0, out);
+}
+
+void rejects(const std::string& usage, std::initializer_list<std::string> all_words,
+             const std::string& before) {
+  for (const std::string& text : all_words) {
+    SCOPED_TRACE(text);
+    const std::vector<std::string> words = split(text);
+    expect_unsent(vek(text), 1, before + "go to help\n",
+                  " " + vek_path() + " " + words[0] + " " + words[1] + " " + usage + "\n");
+  }
 }

@@ -1,49 +1,46 @@
 // Drives the shipped vek as a process, with the scripted platform library behind it.
 #pragma once
 
+#include <gtest/gtest.h>
+
 #include <cstdint>
+#include <initializer_list>
 #include <string>
-#include <string_view>
 #include <vector>
 
 #include "support/process.h"
 
-// Bytes at offsets, all else zero: a payload as it must be sent, or as a kernel module answers it.
-class Bytes {
- public:
-  Bytes& text(size_t offset, std::string_view value);
-  Bytes& hex(size_t offset, std::string_view digits);  // blanks between fields do not matter
-  Bytes& u8(size_t offset, uint64_t value) { return number(offset, value, 1); }
-  Bytes& u16(size_t offset, uint64_t value) { return number(offset, value, 2); }
-  Bytes& u32(size_t offset, uint64_t value) { return number(offset, value, 4); }
-  Bytes& u64(size_t offset, uint64_t value) { return number(offset, value, 8); }
-  Bytes& ip(size_t offset, std::string_view dotted);  // network byte order
-  // Other bytes, moved by an offset: an entry of a list.
-  Bytes& at(size_t offset, const Bytes& other);
+// Words stand as split reads them. So do payloads, as they must be sent or as a kernel module answers them:
+// a place and the values from there on, all else zero, as in
+//   0:text eth0 16:u16 250 24:ip 1.2.3.4 5.6.7.8 32:hex a0ff 34:u8 -1
+// where "+8" moves the places behind it by 8. What comes later is put over what came earlier.
+std::string bytes_of(const std::string& payload);
 
-  const std::string& str() const { return bytes_; }
+// The payload of a list: the number of its entries at 4, the entries of that size from 8 on.
+std::string list_of(size_t size, const std::vector<std::string>& entries);
 
- private:
-  Bytes& number(size_t offset, uint64_t value, size_t width);
-  void put(size_t offset, std::string_view bytes);
+// What stands around a run of vek.
+struct Given {
+  std::string answer = {};  // the gateway's, over the record's payload
+  uint32_t result = 0;      // in the record's header
+  int returned = 0;         // by the gateway
+  std::string header = {};  // over the record's header
+  std::string script = {};  // further lines of the script
+  std::string shell = {};   // a shell command that runs "$@" in its own way
+};
 
-  std::string bytes_;
+// Where an order goes.
+struct Route {
+  uint32_t module;
+  uint32_t command;
+  uint32_t length = 1040;  // of the record
 };
 
 struct Order {
-  uint32_t length = 0;  // as the gateway was told
-  uint32_t module = 0;
+  Route route;
   uint32_t header_length = 0;
   uint32_t result = 0;
-  uint32_t command = 0;
   std::string payload;  // up to its last byte that is not zero
-};
-
-struct Reply {
-  int returned = 0;
-  uint32_t result = 0;
-  Bytes payload;
-  Bytes header;  // over the record's first 16 bytes
 };
 
 struct Outcome : RunResult {
@@ -51,33 +48,29 @@ struct Outcome : RunResult {
   std::vector<std::string> calls;  // of the other platform functions
 };
 
-struct Surroundings {
-  std::string script;  // further lines of the script
-  std::string shell;   // a shell command that runs "$@" in its own way
-};
-
-// Words that are separated by blanks.
-std::vector<std::string> split(const std::string& words);
+Outcome vek(const std::string& words, const Given& given = {});
 
 // A line of the script: what the next call of a platform function returns and fills in.
-std::string answer(const std::string& function, long returned, const Bytes& bytes = {});
-
-// Runs vek with the words behind its name; the replies answer the gateway's calls in turn.
-Outcome vek(const std::vector<std::string>& words, const std::vector<Reply>& replies = {},
-            const Surroundings& surroundings = {});
+std::string answer(const std::string& function, long returned, const std::string& payload = "");
 
 // The run sent one order, with this payload and nothing else, wrote this and left with this status.
-void expect_order(const Outcome& outcome, uint32_t module, uint32_t command, uint32_t length,
-                  const Bytes& payload);
+void expect_order(const Outcome& outcome, const Route& route, const std::string& payload);
 void expect_end(const Outcome& outcome, int status, const std::string& out, const std::string& err = "");
+// It sent none.
+void expect_unsent(const Outcome& outcome, int status, const std::string& out, const std::string& err = "");
 
-// What the runner writes when the words are no good; nothing was sent.
-void expect_rejected(const std::vector<std::string>& words, const std::string& usage,
-                     const std::string& before = "");
+// A sub-command's whole way, with what the gateway answers and what is then on standard output.
+void shows(const std::string& words, const Route& route, const std::string& payload,
+           const std::string& answer, const std::string& out);
+inline void sends(const std::string& words, const Route& route, const std::string& payload) {
+  shows(words, route, payload, "", "ok\n");
+}
 
-// A sub-command's whole way with an answer that is only a result code.
-void expect_setting(const std::vector<std::string>& words, uint32_t module, uint32_t command, uint32_t length,
-                    const Bytes& payload);
+// What the runner writes when the words are no good; nothing is sent.
+void rejects(const std::string& usage, std::initializer_list<std::string> all_words,
+             const std::string& before = "");
 
 // The path of vek as it shows in reports.
 std::string vek_path();
+
+size_t lines_of(const std::string& text);

@@ -1,217 +1,128 @@
 // user and macuser: what they send and what they print.
-#include <gtest/gtest.h>
-
-#include <algorithm>
-
 #include "tool/driver.h"
 
 namespace {
 
-void sends(const std::string& words, uint32_t module, uint32_t command, const Bytes& payload) {
-  expect_setting(split(words), module, command, 1040, payload);
-}
-
-void shows(const std::string& words, uint32_t module, uint32_t command, const Bytes& sent,
-           const Bytes& answered, const std::string& out) {
-  SCOPED_TRACE(words);
-  const Outcome outcome = vek(split(words), {{.payload = answered}});
-  expect_order(outcome, module, command, 1040, sent);
-  expect_end(outcome, 0, out);
-}
-
 TEST(User, Accounts) {
-  const auto adds = [](const std::string& bindings_and_type, const Bytes& wanted) {
+  const auto adds = [](const std::string& bindings_and_type, const std::string& wanted) {
     // max, up_speed, down_speed; gid, mode_speed, mod_pwd
-    const Bytes rest = Bytes(wanted)
-                           .text(0, "alice")
-                           .text(64, "secret")
-                           .text(128, "memo")
-                           .hex(272, "07000000 64000000 c8000000")
-                           .hex(290, "03 01 01");
-    sends("user add alice secret 259 " + bindings_and_type + " 7 memo 100 200 gx 1", 16, 4, rest);
+    sends("user add alice secret 259 " + bindings_and_type + " 7 memo 100 200 gx 1", {16, 4},
+          "0:text alice 64:text secret 128:text memo 272:u32 7 100 200 290:u8 3 1 1 " + wanted);
   };
   // The range goes out as numbers, in the machine's byte order.
   adds("10.0.0.5-10.0.0.9,1.1.1.1 00:11:22:33:44:55 pppoe,web,off",
-       Bytes().u32(260, 0x0A000005).u32(264, 0x0A000009).hex(284, "001122334455").u16(308, 0x67));
-  adds("next next web", Bytes().u16(308, 0x58));
-  adds("10.0.0.5 next x", Bytes().u32(260, 0x0A000005).u32(264, 0x0A000005).u16(308, 0x11));
-  adds("0.0.0.0-0.0.0.0 00-11 offpppoe", Bytes().u16(308, 0x24));
-  adds("0.0.0.0-0.0.0.9 zz WEB", Bytes().u32(264, 9).u16(308, 0));
-
-  const std::string cut(200, 'x');
-  sends("user add " + cut + " " + cut + " -1 next next web -1 " + cut + " 0x10 4294967296 GX 01 ignored", 16,
-        4,
-        Bytes()
-            .text(0, cut.substr(0, 63))
-            .text(64, cut.substr(0, 63))
-            .text(128, cut.substr(0, 127))
-            .hex(272, "ffffffff 10000000 ffffffff")
-            .hex(290, "ff")
-            .u16(308, 0x58));
-  sends("user del alice", 16, 8, Bytes().text(0, "alice"));
+       "260:u32 0x0A000005 0x0A000009 284:hex 001122334455 308:u16 0x67");
+  adds("next next web", "308:u16 0x58");
+  adds("10.0.0.5 next x", "260:u32 0x0A000005 0x0A000005 308:u16 0x11");
+  adds("0.0.0.0-0.0.0.0 00-11 offpppoe", "308:u16 0x24");
+  adds("0.0.0.0-0.0.0.9 zz WEB", "264:u32 9");
+  sends("user add {a}*200 {b}*200 -1 next next web -1 {c}*200 0x10 4294967296 GX 01 ignored", {16, 4},
+        "0:text {a}*63 64:text {b}*63 128:text {c}*127 272:u32 -1 16 -1 290:u8 -1 308:u16 0x58");
+  sends("user del alice", {16, 8}, "0:text alice");
 }
 
 TEST(User, Orders) {
-  sends("user delall", 16, 9, Bytes());
-  sends("user delall web", 16, 9, Bytes().u32(0, 1));
-  sends("user delall pppoe 3 4", 16, 9, Bytes().u32(0, 2).u32(4, 3));
-  sends("user delall other 1", 16, 9, Bytes().u32(4, 1));
-  for (const auto& [word, command] : {std::pair("rd_down_all", 42u), std::pair("down_all", 43u)}) {
-    sends(std::string("user ") + word + " all", 16, command, Bytes());
-    sends(std::string("user ") + word + " pppoe", 16, command, Bytes().u32(0, 1));
-    sends(std::string("user ") + word + " web", 16, command, Bytes().u32(0, 2));
-  }
-  sends("user autoscan 0 9", 16, 23, Bytes());
-  sends("user autoscan 2 9", 16, 23, Bytes().u32(0, 2));
-  for (const char* minutes : {"", " 2", " -2", " 5"}) {
-    sends(std::string("user autoscan 1") + minutes, 16, 23, Bytes().u32(0, 1).u32(4, 5));
-  }
-  sends("user autoscan 1 6", 16, 23, Bytes().u32(0, 1).u32(4, 6));
-  sends("user js_mod 90", 16, 45, Bytes().u32(0, 5400));
-  sends("user lock x 1 alice 0", 16, 52, Bytes().text(0, "alice").u32(64, 1));
-  sends("user lock x 0 " + std::string(70, 'n') + " 2", 16, 52,
-        Bytes().text(0, std::string(63, 'n')).u32(68, 2));
-  sends("macuser set 2 3600", 62, 1, Bytes().u32(0, 2).u64(8, 3600));
-  sends("macuser set 1 -1", 62, 1, Bytes().u32(0, 1).u64(8, UINT64_MAX));
-  sends("macuser mac_del 00:11:22:33:44:55", 62, 5, Bytes().hex(8, "001122334455"));
-  sends("macuser mac_del zz", 62, 5, Bytes());
-  sends("macuser id_del 4000000000", 62, 6, Bytes().u32(20, 4000000000));
-  sends("macuser init", 62, 7, Bytes());
+  sends("user delall", {16, 9}, "");
+  sends("user delall web", {16, 9}, "0:u32 1");
+  sends("user delall pppoe 3 4", {16, 9}, "0:u32 2 3");
+  sends("user delall other 1", {16, 9}, "4:u32 1");
+  sends("user rd_down_all all", {16, 42}, "");
+  sends("user rd_down_all pppoe", {16, 42}, "0:u32 1");
+  sends("user down_all web", {16, 43}, "0:u32 2");
+  sends("user autoscan 0 9", {16, 23}, "");
+  sends("user autoscan 2 9", {16, 23}, "0:u32 2");
+  for (const std::string minutes : {"", "2", "-2", "5"})
+    sends("user autoscan 1 " + minutes, {16, 23}, "0:u32 1 5");
+  sends("user autoscan 1 6", {16, 23}, "0:u32 1 6");
+  sends("user js_mod 90", {16, 45}, "0:u32 5400");
+  sends("user lock x 1 alice 0", {16, 52}, "0:text alice 64:u32 1");
+  sends("user lock x 0 {n}*70 2", {16, 52}, "0:text {n}*63 68:u32 2");
+  sends("macuser set 2 3600", {62, 1}, "0:u32 2 8:u64 3600");
+  sends("macuser set 1 -1", {62, 1}, "0:u32 1 8:u64 -1");
+  sends("macuser mac_del 00:11:22:33:44:55", {62, 5}, "8:hex 001122334455");
+  sends("macuser mac_del zz", {62, 5}, "");
+  sends("macuser id_del 4000000000", {62, 6}, "20:u32 4000000000");
+  sends("macuser init", {62, 7}, "");
 }
 
 TEST(User, Settings) {
-  shows("user get_auto", 16, 24, Bytes(), Bytes().u32(0, 0xFFFFFFFF).u32(4, 30),
-        "\nautscan:enable=-1 interval_time=30\n");
-  shows("user card set 3 1", 16, 46, Bytes().u32(0, 1).u32(4, 3).u32(8, 1), Bytes().u32(4, 4).u32(8, 5),
-        "type:4,en:5\n");
-  shows("user card get 3 1", 16, 46, Bytes().u32(4, 3), Bytes(), "type:3,en:0\n");
-  shows("user ssid set 1 2 3 4 -5", 16, 48,
-        Bytes().hex(0, "01000000 01000000 02000000 03000000 04000000 fbffffff"),
-        Bytes().hex(4, "06000000 07000000 08000000 09000000 0a000000"),
+  shows("user get_auto", {16, 24}, "", "0:u32 -1 30", "\nautscan:enable=-1 interval_time=30\n");
+  shows("user card set 3 1", {16, 46}, "0:u32 1 3 1", "4:u32 4 5", "type:4,en:5\n");
+  shows("user card get 3 1", {16, 46}, "4:u32 3", "", "type:3,en:0\n");
+  shows("user ssid set 1 2 3 4 -5", {16, 48}, "0:u32 1 1 2 3 4 -5", "4:u32 6 7 8 9 10",
         "assid:6,lssid:7,dssid:8,ussid:9,gssid:10\n");
-  shows("user ssid get", 16, 48, Bytes(), Bytes(), "assid:0,lssid:0,dssid:0,ussid:0,gssid:0\n");
-  shows("macuser get", 62, 2, Bytes(), Bytes().u32(0, 0xFFFFFFFF).u64(8, UINT64_MAX),
-        "enable:-1\ntimeout:18446744073709551615\n");
+  shows("user ssid get", {16, 48}, "", "", "assid:0,lssid:0,dssid:0,ussid:0,gssid:0\n");
+  shows("macuser get", {62, 2}, "", "0:u32 -1 8:u64 -1", "enable:-1\ntimeout:18446744073709551615\n");
 }
 
 TEST(User, Rejected) {
-  const std::pair<const char*, const char*> kCases[] = {
-      {"user add alice pw 1 next next web 0 memo 1 2 gx",
-       "name pwd gid ip(next|ip_s-ip_e) mac(next|mac) type(pppoe,web,off) max mem up_speed down_speed "
-       "mode_speed "
-       "mod_pwd"},
-      {"user del", "name"},
-      {"user rd_down_all bogus", "type[all/pppoe/web]"},
-      {"user down_all", "type[all/pppoe/web]"},
-      {"user autoscan", "autoscan enable minut"},
-      {"user js_mod", "time"},
-      {"user lock x 1 alice", "all name lock"},
-      {"user card get", "set/get type en[0/1]"},
-      {"user card set 3", "set/get type en[0/1]"},
-      {"user ssid", "set/get a l d u g"},
-      {"user ssid set 1 2 3 4", "set/get a l d u g"},
-      {"user name_info", "name"},
-      {"macuser set 1", "enable time"},
-      {"macuser mac_del", "mac"},
-      {"macuser id_del", "userid"},
-  };
-  for (const auto& [words, usage] : kCases) expect_rejected(split(words), usage);
-  for (const char* word : {"group_add", "voucher_list", "LIST", ""}) {
-    expect_end(vek({"user", word, "x"}), 1, "",
-               " user\tadd del list group_add group_del group_list autoscan get_auto voucher_list\n");
-    expect_end(vek({"macuser", word, "x"}), 1, "", " macuser\tset/get/list/mac_del/id_del\n");
+  rejects(
+      "name pwd gid ip(next|ip_s-ip_e) mac(next|mac) type(pppoe,web,off) max mem up_speed down_speed "
+      "mode_speed mod_pwd",
+      {"user add alice pw 1 next next web 0 memo 1 2 gx"});
+  rejects("name", {"user del", "user name_info"});
+  rejects("type[all/pppoe/web]", {"user rd_down_all bogus", "user down_all"});
+  rejects("autoscan enable minut", {"user autoscan"});
+  rejects("time", {"user js_mod"});
+  rejects("all name lock", {"user lock x 1 alice"});
+  rejects("set/get type en[0/1]", {"user card get", "user card set 3"});
+  rejects("set/get a l d u g", {"user ssid", "user ssid set 1 2 3 4"});
+  rejects("enable time", {"macuser set 1"});
+  rejects("mac", {"macuser mac_del"});
+  rejects("userid", {"macuser id_del"});
+  for (const std::string word : {"voucher_list", "LIST", "''"}) {
+    expect_unsent(vek("user " + word), 1, "",
+                  " user\tadd del list group_add group_del group_list autoscan get_auto voucher_list\n");
+    expect_unsent(vek("macuser " + word), 1, "", " macuser\tset/get/list/mac_del/id_del\n");
   }
 }
 
 TEST(User, Stat) {
-  const Outcome outcome =
-      vek({"user", "stat", std::string(70, 'n')}, {{.payload = Bytes().u64(64, 2048).u64(72, UINT64_MAX)}});
-  expect_order(outcome, 16, 7, 1024, Bytes().text(0, std::string(63, 'n')));
-  expect_end(outcome, 0, "up:18014398509481983K down:2K \n  ok\n");
-
+  shows("user stat {n}*70", {16, 7, 1024}, "0:text {n}*63", "64:u64 2048 -1",
+        "up:18014398509481983K down:2K \n  ok\n");
   const std::string usage = " " + vek_path() + " user stat user stat name\n";
-  expect_end(vek({"user", "stat"}), 1, "", usage);
-  expect_end(vek({"user", "stat", "name", "extra"}), 1, "", usage);
-  expect_end(vek({"user", "stat", "name"}, {{.returned = 1}}), 1, "",
-             usage + "\t\terr:order_opt_fun false!\n");
-  expect_end(vek({"user", "stat", "name"}, {{.result = 51}}), 3, "", "err:error fifty-one \n");
+  expect_unsent(vek("user stat"), 1, "", usage);
+  expect_unsent(vek("user stat name extra"), 1, "", usage);
+  expect_end(vek("user stat name", {.returned = 1}), 1, "", usage + "\t\terr:order_opt_fun false!\n");
+  expect_end(vek("user stat name", {.result = 51}), 3, "", "err:error fifty-one \n");
 }
 
-// The texts of the first account fill their fields, without a NUL.
-TEST(User, AccountLists) {
-  const std::string name(64, 'n');
-  const std::string memo(128, 'm');
-  const Bytes first = Bytes()
-                          .text(0, name + name + memo)
-                          .hex(256,
-                               "01286bee 0a000005 0a000009 02286bee")  // userid, range, ddate
-                          .hex(272,
-                               "ffffffff feffffff 09000000")  // max, up_speed, down_speed
-                          .hex(284,
-                               "a0b1c2d3e4f5 ff 01 02")             // mac, gid, mode_speed, mod_pwd
-                          .hex(293, std::string(30, 'f') + "ffff")  // flags at the end
-                          .hex(448, "03286bee")                     // login_num
-                          .hex(480,
-                               "04286bee 05286bee");  // zup, zdown
-  const Bytes second = Bytes().text(0, "bob").u8(291, 2).u16(308, 0x60).u32(256, 2);
-  const std::string out =
-      "num: 2\nname=" + name + " pwd=" + name +
-      " gid=255 mod_pwd=2 state=0xffff ip=10.0.0.5 -10.0.0.9 \n  mac=a0:b1:c2:d3:e4:f5 speed up=-2 down=9 "
-      "mode=gx "
-      "cfgip cfgmac nip nmac pppoe web mobile off  ddate=4000000002 zup=4000000004 zdown=4000000005 "
-      "login_num=4000000003 userid=4000000001 mem=" +
-      memo +
-      "\n\nname=bob pwd= gid=0 mod_pwd=0 state=0x60 ip=0.0.0.0 -0.0.0.0 \n  mac=00:00:00:00:00:00 speed up=0 "
-      "down=0 "
-      "mode=dl pppoe web  ddate=0 zup=0 zdown=0 login_num=0 userid=2 mem=\n\n\n";
-  const Bytes two = Bytes().u32(4, 2).at(8, first).at(496, second);
-  const Outcome list = vek({"user", "list"}, {{.payload = two}});
-  expect_order(list, 16, 10, 0x400000, Bytes());
-  expect_end(list, 0, out);
-  const Outcome online = vek({"user", "online_list"}, {{.payload = two}});
-  expect_order(online, 16, 12, 204816, Bytes());
-  expect_end(online, 0, out);
-  expect_end(vek({"user", "list"}, {{.payload = Bytes(two).u32(4, 0xFFFFFFFF)}}), 0, "num: -1\n\n");
-  const Outcome cut = vek({"user", "online_list"}, {{.payload = Bytes().u32(4, 0x7FFFFFFF)}});
-  EXPECT_EQ(std::count(cut.out.begin(), cut.out.end(), '\n'), 2 + 3 * ((204800 - 8) / 488));
-}
+// The texts of the first entries fill their fields, without a NUL.
+TEST(User, Lists) {
+  const std::string accounts = list_of(
+      488,
+      {"0:text {n}*64 {p}*64 {m}*128 256:u32 4000000001 260:ip 10.0.0.5 10.0.0.9 268:u32 4000000002 -1 -2 9"
+       " 284:hex a0b1c2d3e4f5 ff0102 {ff}*17 448:u32 4000000003 480:u32 4000000004 4000000005",
+       "0:text bob 256:u32 2 291:u8 2 308:u16 0x60"});
+  const std::string out = unfolded(
+      "num: 2\nname={n}*64 pwd={p}*64 gid=255 mod_pwd=2 state=0xffff ip=10.0.0.5 -10.0.0.9 \n"
+      "  mac=a0:b1:c2:d3:e4:f5 speed up=-2 down=9 mode=gx cfgip cfgmac nip nmac pppoe web mobile off  "
+      "ddate=4000000002 zup=4000000004 zdown=4000000005 login_num=4000000003 userid=4000000001 "
+      "mem={m}*128\n\nname=bob pwd= gid=0 mod_pwd=0 state=0x60 ip=0.0.0.0 -0.0.0.0 \n"
+      "  mac=00:00:00:00:00:00 speed up=0 down=0 mode=dl pppoe web  "
+      "ddate=0 zup=0 zdown=0 login_num=0 userid=2 mem=\n\n\n");
+  shows("user list", {16, 10, 0x400000}, "", accounts, out);
+  shows("user online_list", {16, 12, 204816}, "", accounts, out);
 
-// Every line is of the first entry.
-TEST(User, NameInfo) {
-  const std::string name(64, 'n');
-  const Bytes info = Bytes()
-                         .text(0, name)
-                         .hex(64, "08000000 ffffffff 03000000")
-                         .hex(76, "06000000 20010db8000000000000000000000001 a0b1c2d3e4f5 ffffffffffff")
-                         .hex(108, "efcdab9078563412 04000000");
-  const Outcome outcome = vek({"user", "name_info", name}, {{.payload = info}});
-  expect_order(outcome, 16, 38, 10256, Bytes().text(0, name.substr(0, 63)));
+  shows(
+      "macuser list", {62, 3, 0x400000}, "",
+      list_of(32, {"0:u64 -1 8:hex a0b1c2d3e4f5ffffffffffff 20:u32 4000000000 7 -2",
+                   "0:u64 5 20:u32 6 28:u32 1"}),
+      "mac list num:2\nmac:a0:b1:c2:d3:e4:f5,user:4000000000,last:18446744073709551615 seconds,card_type:-2\n"
+      "mac:00:00:00:00:00:00,user:6,last:5 seconds,card_type:1\n");
+
+  // Every line is of the first entry.
   const std::string entry = ",ip:2001:db8::1,mac:a0:b1:c2:d3:e4:f5,flags:0x1234567890ABCDEF\n";
-  expect_end(outcome, 0,
-             "\nname:" + name + ",num:3,login_num:8,web_login_num:-1\ni:0" + entry + "i:1" + entry + "i:2" +
-                 entry + "\n");
-  expect_end(vek({"user", "name_info", "a"}, {{.payload = Bytes().u32(72, 1).u32(76, 4).u64(108, 0xAB)}}), 0,
-             "\nname:,num:1,login_num:0,web_login_num:0\n"
-             "i:0,ip:0.0.0.0,mac:00:00:00:00:00:00,flags:0x000000AB\n\n");
-  const auto lines = [](uint32_t count) {
-    const std::string out = vek({"user", "name_info", "a"}, {{.payload = Bytes().u32(72, count)}}).out;
-    return std::count(out.begin(), out.end(), '\n');
-  };
-  EXPECT_EQ(lines(0x80000000), 3);
-  EXPECT_EQ(lines(0x7FFFFFFF), 3 + (10240 - 76) / 40);
-}
-
-TEST(MacUser, List) {
-  const Bytes entry =
-      Bytes().u64(0, UINT64_MAX).hex(8, "a0b1c2d3e4f5ffffffffffff").hex(20, "00286bee 07000000 feffffff");
-  const Bytes two = Bytes().u32(4, 2).at(8, entry).at(40, Bytes().u64(0, 5).u32(20, 6).u32(28, 1));
-  const Outcome list = vek({"macuser", "list"}, {{.payload = two}});
-  expect_order(list, 62, 3, 0x400000, Bytes());
-  expect_end(list, 0,
-             "mac list num:2\n"
-             "mac:a0:b1:c2:d3:e4:f5,user:4000000000,last:18446744073709551615 seconds,card_type:-2\n"
-             "mac:00:00:00:00:00:00,user:6,last:5 seconds,card_type:1\n");
-  expect_end(vek({"macuser", "list"}), 0, "mac list num:0\n");
+  shows("user name_info {n}*64", {16, 38, 10256}, "0:text {n}*63",
+        "0:text {n}*64 64:u32 8 -1 3 +76 0:u32 6 4:hex 20010db8{00}*11 01 a0b1c2d3e4f5ffffffffffff"
+        " 32:u64 0x1234567890ABCDEF 40:u32 4",
+        unfolded("\nname:{n}*64,num:3,login_num:8,web_login_num:-1\ni:0") + entry + "i:1" + entry + "i:2" +
+            entry + "\n");
+  shows("user name_info a", {16, 38, 10256}, "0:text a", "72:u32 1 4 108:u64 0xAB",
+        "\nname:,num:1,login_num:0,web_login_num:0\n"
+        "i:0,ip:0.0.0.0,mac:00:00:00:00:00:00,flags:0x000000AB\n\n");
+  EXPECT_EQ(lines_of(vek("user name_info a", {.answer = "72:u32 0x80000000"}).out), 3u);
+  EXPECT_EQ(lines_of(vek("user name_info a", {.answer = "72:u32 0x7FFFFFFF"}).out), 3u + (10240 - 76) / 40);
 }
 
 }  // namespace
