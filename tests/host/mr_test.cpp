@@ -7,14 +7,7 @@ namespace {
 
 class Mr : public HostTest {
  protected:
-  static void add_line(const std::string& dev) {
-    expect_ok("devmg add " + dev + " 0");
-    expect_ok("devmg wandev " + dev);
-  }
-  Mr() {
-    add_line("wan0");
-    add_line("wan1");
-  }
+  Mr() { ok({"devmg add wan0 0", "devmg wandev wan0", "devmg add wan1 0", "devmg wandev wan1"}); }
   // The list with the one thing in it that no test can know taken out.
   static std::string list() {
     std::string out = vek("mr list").out;
@@ -29,6 +22,7 @@ class Mr : public HostTest {
 };
 
 const std::string kHeader = "wanid jh state  val is_qosval hi_num ct_num dns_prio false_tm\n";
+const std::string kRoutes = "wanid prio src \t srcmask \t dst \t dstmask\n\n";
 
 std::string untouched(const std::string& line) {
   return "\nwanid:" + line +
@@ -42,110 +36,91 @@ std::string untouched(const std::string& line) {
 
 TEST_F(Mr, ListsLinesAsTheyWereSet) {
   EXPECT_EQ(list(), "num: 2\n" + kHeader + untouched("0") + untouched("1") + "\n");
-  for (const char* order : {"mr jh 1 1 50 pppoe 1 200", "mr val 1 4000000000 1", "mr flow 1 1", "mr ipv6 1 2",
-                            "mr ipv6_ula 1 fd00::/48", "mr dns 1 3 1.1.1.1,2.2.2.2 fd00::1,,fd00::3",
-                            "mr zc 1 1 2 10 3 99 10.0.0.1 1.1.1.1$a.example.com 1 0 x 0 0",
-                            "devmg wan_done wan1", "qos speed_set wan1 1000 2000"}) {
-    expect_ok(order);
-  }
-  const auto changed = [](const std::string& changes, const std::string& zc) {
-    return "num: 2\n" + kHeader + untouched("0") +
-           "\nwanid:1 wan_proto:3 ppp_demand:1 jh:1  host_num:50 ct_limit_num:200  hi:0[0/0]  ct:0  "
-           "dns_pri:3  "
-           "change_id:" +
-           changes +
-           "\n\t state_v4:1 state_v6:2 val:4000000000 chk_qosval:1 false_tm:0 hi_val:0 "
-           "ct_val:0 qos_val:3000 qos_speed:1000/2000\n\t dnsip4: 1.1.1.1,2.2.2.2,0.0.0.0, dnsip6: "
-           "fd00::1,::,fd00::3,\n\t ula: fd00::/48,\n\t zc: " +
-           zc + "\n\t flow_limit:1, create_tm: \n\n";
+  ok({"mr jh 1 1 50 pppoe 1 200", "mr val 1 4000000000 1", "mr flow 1 1", "mr ipv6 1 2",
+      "mr ipv6_ula 1 fd00::/48", "mr dns 1 3 1.1.1.1,2.2.2.2 fd00::1,,fd00::3",
+      "mr zc 1 1 2 10 3 99 10.0.0.1 1.1.1.1$a.example.com 1 0 x 0 0", "devmg wan_done wan1",
+      "qos speed_set wan1 1000 2000"});
+  const auto expect_changed = [](const std::string& changes, const std::string& zc) {
+    EXPECT_EQ(list(),
+              "num: 2\n" + kHeader + untouched("0") +
+                  "\nwanid:1 wan_proto:3 ppp_demand:1 jh:1  host_num:50 ct_limit_num:200  hi:0[0/0]  ct:0  "
+                  "dns_pri:3  "
+                  "change_id:" +
+                  changes +
+                  "\n\t state_v4:1 state_v6:2 val:4000000000 chk_qosval:1 false_tm:0 hi_val:0 ct_val:0 "
+                  "qos_val:3000 "
+                  "qos_speed:1000/2000\n\t dnsip4: 1.1.1.1,2.2.2.2,0.0.0.0, dnsip6: fd00::1,::,fd00::3,\n"
+                  "\t ula: fd00::/48,\n\t zc: " +
+                  zc + "\n\t flow_limit:1, create_tm: \n\n");
   };
-  const auto detection = [](const std::string& running) {
-    return "en=1  act=2  tm=10  times=3  sd=99  gw=10.0.0.1  state=" + running +
-           " trys=0 ret_state=0 3g=1 srv=1.1.1.1,a.example.com,";
-  };
-  EXPECT_EQ(list(), changed("7", detection("1")));
-  expect_ok("mr zc_stop 1");
-  expect_refused("mr zc_stop 1", "not running");
-  EXPECT_EQ(list(), changed("8", detection("0")));
-  expect_ok("mr zc 1 0 1 0 0 0 0 0 0 0 x 0 0");
-  EXPECT_EQ(
-      list(),
-      changed("9", "en=0  act=1  tm=0  times=0  sd=0  gw=0.0.0.0  state=0 trys=0 ret_state=0 3g=0 srv="));
-
-  expect_ok("mr dns_cache");
-  EXPECT_TRUE(vek("errinfo 10").out.starts_with("dns servers: line 1: 1.1.1.1 2.2.2.2 fd00::1 fd00::3\n"));
+  const std::string zc = "en=1  act=2  tm=10  times=3  sd=99  gw=10.0.0.1  state=";
+  const std::string rest = " trys=0 ret_state=0 3g=1 srv=1.1.1.1,a.example.com,";
+  expect_changed("7", zc + "1" + rest);
+  ok({"mr zc_stop 1"});
+  refused("not running", {"mr zc_stop 1"});
+  expect_changed("8", zc + "0" + rest);
+  ok({"mr zc 1 0 1 0 0 0 0 0 0 0 x 0 0"});
+  expect_changed("9", "en=0  act=1  tm=0  times=0  sd=0  gw=0.0.0.0  state=0 trys=0 ret_state=0 3g=0 srv=");
+  ok({"mr dns 0 9 3.3.3.3 x", "mr dns_cache"});
+  begins("errinfo 10", "dns servers: line 1: 1.1.1.1 2.2.2.2 fd00::1 fd00::3 line 0: 3.3.3.3\n");
 }
 
 TEST_F(Mr, ALineGoesWithItsInterfaceAndItsNumberIsFreeAgain) {
-  add_line("wan2");
-  for (const char* line : {"0", "1", "2"}) expect_ok(std::string("mr val ") + line + " 7 0");
-  expect_ok("mr lr_add 1 5 1.2.3.0 255.255.255.0 0 0");
-  expect_ok("devmg wandev wan1");  // as it was: nothing changes
+  ok({"devmg add wan2 0", "devmg wandev wan2", "mr val 0 7 0", "mr val 1 7 0", "mr val 2 7 0",
+      "mr lr_add 1 5 1.2.3.0 255.255.255.0 0 0", "devmg wandev wan1"});  // as it was: nothing changes
   EXPECT_STREQ(tvl_get_wan_name(1), "wan1");
-  EXPECT_NE(vek("mr lr_list").out.find("num: 1\n"), std::string::npos);
+  begins("mr lr_list", "num: 1\n");
 
-  expect_ok("devmg landev wan1");
-  expect_refused("mr val 1 7 0", "unknown line");
-  expect_out("mr lr_list", "num: 0\nwanid prio src \t srcmask \t dst \t dstmask\n\n");
+  ok({"devmg landev wan1"});
+  refused("unknown line", {"mr val 1 7 0"});
+  shows("mr lr_list", "num: 0\n" + kRoutes);
   EXPECT_STREQ(tvl_get_wan_name(1), "");
   EXPECT_STREQ(tvl_get_wan_name(2), "wan2");
-  expect_ok("devmg del wan0");
+  ok({"devmg del wan0"});
   EXPECT_STREQ(tvl_get_wan_name(0), "");
-  add_line("port");
-  expect_ok("devmg wandev wan1");
+  ok({"devmg add port 0", "devmg wandev port", "devmg wandev wan1"});
   EXPECT_STREQ(tvl_get_wan_name(0), "port");
   EXPECT_STREQ(tvl_get_wan_name(1), "wan1");
   EXPECT_NE(list().find(untouched("1") + "\nwanid:2 "), std::string::npos);
 }
 
 TEST_F(Mr, RoutesStandInTheOrderOfTheirPriority) {
-  const std::string header = "wanid prio src \t srcmask \t dst \t dstmask\n\n";
-  expect_ok("mr lr_add 1 20 192.168.1.0 255.255.255.0 10.0.0.0 255.0.0.0");
-  expect_ok("mr lr_add 0 10 0 0 10.0.0.0 255.0.0.0");
-  expect_ok("mr lr_add 1 10 1.2.3.4 255.255.255.255 0 0");
-  expect_refused("mr lr_add 1 30 1.2.3.4 255.255.255.255 0 0", "already there");
-  expect_refused("mr lr_add 2 1 0 0 10.0.0.0 255.0.0.0", "unknown line");
-  expect_refused("mr lr_add 1 1 0 0 10.0.0.0 255.0.255.0", "bad address");
-  const std::string zero =
-      "wanid:0  prio:10  src:0.0.0.0  srcmask:0.0.0.0  dst:10.0.0.0  dstmask:255.0.0.0\n";
-  expect_out(
-      "mr lr_list",
-      "num: 3\n" + header + zero +
-          "wanid:1  prio:10  src:1.2.3.4  srcmask:255.255.255.255  dst:0.0.0.0  dstmask:0.0.0.0\n"
-          "wanid:1  prio:20  src:192.168.1.0  srcmask:255.255.255.0  dst:10.0.0.0  dstmask:255.0.0.0\n");
-  expect_ok("mr lr_del 1");
-  expect_refused("mr lr_del 1", "no such route");
-  expect_refused("mr lr_del 2", "unknown line");
-  expect_out("mr lr_list", "num: 1\n" + header + zero);
-  sql("state.db",
-      "WITH RECURSIVE n(i) AS (SELECT 1 UNION ALL SELECT i + 1 FROM n WHERE i < 1023)"
-      "INSERT INTO line_route SELECT 1, i, 1, 1, i, 1 FROM n");
-  expect_refused("mr lr_add 1 10 1.2.3.4 255.255.255.255 0 0", "table full");
+  ok({"mr lr_add 0 20 192.168.1.0 255.255.255.0 10.0.0.0 255.0.0.0", "mr lr_add 0 10 0 0 10.0.0.0 255.0.0.0",
+      "mr lr_add 1 10 1.2.3.4 255.255.255.255 0 0"});
+  refused("already there", {"mr lr_add 1 30 1.2.3.4 255.255.255.255 0 0"});
+  refused("unknown line", {"mr lr_add 2 1 0 0 10.0.0.0 255.0.0.0", "mr lr_del 2"});
+  refused("bad address", {"mr lr_add 1 1 0 0 10.0.0.0 255.0.255.0"});
+  const std::string host =
+      "wanid:1  prio:10  src:1.2.3.4  srcmask:255.255.255.255  dst:0.0.0.0  dstmask:0.0.0.0\n";
+  shows("mr lr_list",
+        "num: 3\n" + kRoutes +
+            "wanid:0  prio:10  src:0.0.0.0  srcmask:0.0.0.0  dst:10.0.0.0  dstmask:255.0.0.0\n" + host +
+            "wanid:0  prio:20  src:192.168.1.0  srcmask:255.255.255.0  dst:10.0.0.0  dstmask:255.0.0.0\n");
+  ok({"mr lr_del 0"});
+  refused("no such route", {"mr lr_del 0"});
+  shows("mr lr_list", "num: 1\n" + kRoutes + host);
+  insert(1, 1022, "line_route SELECT 1, i, 1, 1, i, 1");
+  ok({"mr lr_add 1 10 1.2.3.5 255.255.255.255 0 0"});
+  refused("table full", {"mr lr_add 1 10 1.2.3.6 255.255.255.255 0 0"});
 }
 
 TEST_F(Mr, KeepsTheMode) {
-  expect_out("mr get", "type:1,onlywan:0 onlywan_tcp:0 zn_val:0 ct_rule_name:0\n");
-  expect_ok("mr mode zn 7 9");
-  expect_ok("mr onlywan 1 0");
-  expect_refused("mr onlywan 0 2", "bad value");
-  expect_out("mr get", "type:4,onlywan:1 onlywan_tcp:0 zn_val:7 ct_rule_name:9\n");
-  expect_ok("mr mode ct 7 0");
-  expect_out("mr get", "type:2,onlywan:1 onlywan_tcp:0 zn_val:0 ct_rule_name:0\n");
+  shows("mr get", "type:1,onlywan:0 onlywan_tcp:0 zn_val:0 ct_rule_name:0\n");
+  ok({"mr mode zn 7 9", "mr onlywan 1 0"});
+  refused("bad value", {"mr onlywan 0 2"});
+  shows("mr get", "type:4,onlywan:1 onlywan_tcp:0 zn_val:7 ct_rule_name:9\n");
+  ok({"mr mode ct 7 0"});
+  shows("mr get", "type:2,onlywan:1 onlywan_tcp:0 zn_val:0 ct_rule_name:0\n");
 }
 
 TEST_F(Mr, RefusesUnknownLinesAndBadValues) {
-  for (const char* order : {"jh 2 1 1 dhcp 0", "flow 2 1", "val 2 1 1", "dns 2 1 x x", "zc_stop 2",
-                            "ipv6 2 1", "ipv6_ula 2 fd00::", "zc 2 1 1 1 1 1 x x 0 0 x x x"}) {
-    expect_refused(std::string("mr ") + order, "unknown line");
-  }
-  for (const char* order :
-       {"jh 0 2 1 dhcp 0", "jh 0 1 1 modem 0", "jh 0 1 1 dhcp 2", "flow 0 2", "val 0 1 2",
-        "zc 0 2 1 1 1 1 x x 0 0 x x x", "zc 0 1 3 1 1 1 x x 0 0 x x x", "ipv6_ula 0 fd00::/129"}) {
-    expect_refused(std::string("mr ") + order, "bad value");
-  }
-  for (const char* prefix : {"::", "2001:db8::", "what"}) {
-    expect_refused(std::string("mr ipv6_ula 0 ") + prefix, "bad address");
-  }
+  refused("unknown line",
+          {"mr jh 2 1 1 dhcp 0", "mr flow 2 1", "mr val 2 1 1", "mr dns 2 1 x x", "mr zc_stop 2",
+           "mr ipv6 2 1", "mr ipv6_ula 2 fd00::", "mr zc 2 1 1 1 1 1 x x 0 0 x x x"});
+  refused("bad value",
+          {"mr jh 0 2 1 dhcp 0", "mr jh 0 1 1 modem 0", "mr jh 0 1 1 dhcp 2", "mr flow 0 2", "mr val 0 1 2",
+           "mr zc 0 2 1 1 1 1 x x 0 0 x x x", "mr zc 0 1 3 1 1 1 x x 0 0 x x x", "mr ipv6_ula 0 fd00::/129"});
+  refused("bad address", {"mr ipv6_ula 0 ::", "mr ipv6_ula 0 2001:db8::", "mr ipv6_ula 0 what"});
   EXPECT_EQ(list(), "num: 2\n" + kHeader + untouched("0") + untouched("1") + "\n");
 }
 
@@ -161,7 +136,7 @@ TEST_F(Mr, LinesByProtocolAndVpnLinks) {
   EXPECT_EQ(tvl_vpnget(nullptr, 0), nullptr);
   EXPECT_NE(vek("qos skb 255").out.find("not iface name\n"), std::string::npos);
   EXPECT_EQ(nvram_set(tvl_vpnget("vpn_link", 134), "wan1"), 0);
-  EXPECT_TRUE(vek("qos skb 255").out.starts_with("skb_head:0 skb_data:0\n"));
+  begins("qos skb 255", "skb_head:0 skb_data:0\n");
 }
 
 }  // namespace

@@ -9,101 +9,86 @@ namespace {
 
 class Qos : public HostTest {
  protected:
-  Qos() {
-    expect_ok("devmg add wan0 0");
-    expect_ok("devmg wandev wan0");
+  Qos() { ok({"devmg add wan0 0", "devmg wandev wan0"}); }
+
+  // What get shows of wan0, without the labels.
+  static std::string settings() {
+    std::istringstream words(vek("qos get wan0").out);
+    std::string values;
+    for (std::string word; words >> word;) {
+      if (!word.ends_with(':')) values += word.substr(word.find('=') + 1) + " ";
+    }
+    return values;
   }
 };
-
-// What get shows of a device, without the labels.
-std::string settings_of(const std::string& dev) {
-  std::istringstream words(run({VEK_BINARY, "qos", "get", dev}).out);
-  std::string values;
-  for (std::string word; words >> word;) {
-    if (!word.ends_with(':')) values += word.substr(word.find('=') + 1) + " ";
-  }
-  return values;
-}
 
 const std::string kNeverSet = "0 hi 0 0 0 0 0 0 0 0 0 0 0 0 ";
 
 TEST_F(Qos, DevicesKeepTheirSettings) {
-  EXPECT_EQ(settings_of("wan0"), kNeverSet);
-  expect_ok("qos set wan0 on type 4000000000 2 3 4 5 6 7 8 9 10 11 12");
-  EXPECT_EQ(settings_of("wan0"), "1 type 4000000000 2 3 4 5 6 7 8 9 10 11 12 ");
-  expect_ok("qos speed_set wan0 100 200");
-  EXPECT_EQ(settings_of("wan0"), "1 hi 100 200 75 85 1000 2000 5 10 4 1500 8 16 ");
-  EXPECT_NE(vek("qos state wan0").out.find("  sp_max[up]: 100\n  sp_max[down]: 200\n"), std::string::npos);
-  expect_ok("qos set wan0 off");
-  EXPECT_EQ(settings_of("wan0"), kNeverSet);
+  EXPECT_EQ(settings(), kNeverSet);
+  ok({"qos set wan0 on type 4000000000 2 3 4 5 6 7 8 9 10 11 12"});
+  EXPECT_EQ(settings(), "1 type 4000000000 2 3 4 5 6 7 8 9 10 11 12 ");
+  ok({"qos speed_set wan0 100 200"});
+  EXPECT_EQ(settings(), "1 hi 100 200 75 85 1000 2000 5 10 4 1500 8 16 ");
+  begins("qos state wan0", "dev:wan0, iptype:0\n  sp_max[up]: 100\n  sp_max[down]: 200\n");
+  ok({"qos set wan0 off"});
+  EXPECT_EQ(settings(), kNeverSet);
 
-  expect_out("qos noqueue_sp_val set wan0 99 1", "devname wan0 sp_val up 99 down 1\n");
-  expect_refused("qos noqueue_sp_val set wan0 1 100", "bad value");
-  expect_out("qos noqueue_sp_val get wan0", "devname wan0 sp_val up 99 down 1\n");
-  expect_out("qos noqueue_sp_val get lo", "devname lo sp_val up 0 down 0\n");
+  shows("qos noqueue_sp_val set wan0 99 1", "devname wan0 sp_val up 99 down 1\n");
+  refused("bad value", {"qos noqueue_sp_val set wan0 1 100"});
+  shows("qos noqueue_sp_val get wan0", "devname wan0 sp_val up 99 down 1\n");
+  shows("qos noqueue_sp_val get lo", "devname lo sp_val up 0 down 0\n");
 
-  expect_ok("qos speed_set wan0 100 200");
-  expect_ok("devmg del wan0");
-  expect_refused("qos get wan0", "unknown device");
-  expect_ok("devmg add wan0 0");
-  EXPECT_EQ(settings_of("wan0"), kNeverSet);  // went with the interface
-  expect_out("qos noqueue_sp_val get wan0", "devname wan0 sp_val up 0 down 0\n");
+  ok({"qos speed_set wan0 100 200", "devmg del wan0"});
+  refused("unknown device", {"qos get wan0"});
+  ok({"devmg add wan0 0"});
+  EXPECT_EQ(settings(), kNeverSet);  // went with the interface
+  shows("qos noqueue_sp_val get wan0", "devname wan0 sp_val up 0 down 0\n");
 }
 
 TEST_F(Qos, RefusesUnknownDevicesAndLines) {
-  for (const char* order :
-       {"set nowhere off", "speed_set nowhere 1 2", "get nowhere", "get ../lo", "noqueue_sp_val get nowhere",
-        "noqueue_sp_val set nowhere 1 2", "noqueue_sp_val get"}) {
-    expect_refused(std::string("qos ") + order, "unknown device");
-  }
-  const RunResult state_of_none = vek("qos state nowhere");
-  EXPECT_EQ(state_of_none.err, "err:unknown device \n");
-  EXPECT_EQ(state_of_none.status, 3);
-  for (const char* order : {"single_ct get 1", "single_ct set 1 2 3", "ws_sp_wan_val get 1",
-                            "ws_sp_wan_val set 1 2", "ws_sp_wan_val get 70000"}) {
-    expect_refused(std::string("qos ") + order, "unknown line");
-  }
-  sql("state.db",
-      "WITH RECURSIVE n(i) AS (SELECT 1 UNION ALL SELECT i + 1 FROM n WHERE i < 64)"
-      "INSERT INTO qos_device SELECT 'x' || i, 0, 1, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0 FROM n");
-  expect_refused("qos speed_set wan0 1 2", "table full");
+  refused("unknown device",
+          {"qos set nowhere off", "qos speed_set nowhere 1 2", "qos get nowhere", "qos get ../lo",
+           "qos noqueue_sp_val get nowhere", "qos noqueue_sp_val set nowhere 1 2", "qos noqueue_sp_val get"});
+  EXPECT_EQ(vek("qos state nowhere").err, "err:unknown device \n");
+  refused("unknown line", {"qos single_ct get 1", "qos single_ct set 1 2 3", "qos ws_sp_wan_val get 1",
+                           "qos ws_sp_wan_val set 1 2", "qos ws_sp_wan_val get 70000"});
+  insert(1, 64, "qos_device SELECT 'x' || i, 0, 1, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0");
+  refused("table full", {"qos speed_set wan0 1 2"});
 }
 
 TEST_F(Qos, KeepsGlobalSettings) {
-  expect_ok("qos ext_set 3 4 5 6 7 8 9 10 11 12 4000000000");
-  expect_out("qos ext_get",
-             "hi_up:3  hi_down:4\nct_num1:5  ct_num2:6\ntcpwin:7\nct_udp_num1:8  ct_udp_num2:9\n"
-             "hi_wait_tm2:10  ct_wait_tm2:11\nsqos_limit_num:12  sqos_ct_limit_num:-294967296\n");
+  ok({"qos ext_set 3 4 5 6 7 8 9 10 11 12 4000000000"});
+  shows("qos ext_get",
+        "hi_up:3  hi_down:4\nct_num1:5  ct_num2:6\ntcpwin:7\nct_udp_num1:8  ct_udp_num2:9\n"
+        "hi_wait_tm2:10  ct_wait_tm2:11\nsqos_limit_num:12  sqos_ct_limit_num:-294967296\n");
   const std::string matrix = "H/H  1\nH/N  2\nH/L  3\nN/H  4\nN/N  5\nN/L  6\nL/H  7\nL/N  8\nL/L  9\n";
-  expect_out("qos queue_wait set 1 2 3 4 5 6 7 8 9", matrix);
-  expect_out("qos queue_wait get", matrix);
-  expect_out("qos ggvpn set 7", "limit:7,up:0,down:0\n");
-  expect_out("qos ggvpn get", "limit:7,up:0,down:0\n");
-  expect_out("qos speed_limit get", "speed limit on\n");
-  expect_out("qos speed_limit set off", "speed limit off\n");
-  expect_out("qos speed_limit get", "speed limit off\n");
-  expect_out("qos single_ct set 0 2 3", "up:2,down:3\n");
-  expect_out("qos single_ct get 0", "up:2,down:3\n");
-
-  expect_ok("devmg add wan1 0");
-  expect_ok("devmg wandev wan1");
-  expect_out("qos ws_sp_wan_val get 1", "sp_val 0\n");
-  expect_out("qos ws_sp_val set 50", "sp_val 50\n");
-  expect_out("qos ws_sp_wan_val set 1 99", "sp_val 99\n");
-  expect_refused("qos ws_sp_wan_val set 1 100", "bad value");
-  expect_out("qos ws_sp_wan_val get 0", "sp_val 50\n");
-  expect_out("qos ws_sp_wan_val get 1", "sp_val 99\n");
-  expect_refused("qos ws_sp_val set 100", "bad value");
-  expect_out("qos ws_sp_val get", "sp_val 50\n");
-
-  expect_out("qos devinfo",
-             "skb_head:0 skb_data:0\ndev_skb[ 0, 0 ]\niface [up,down] devname \n0 [ 0 , 0 ] wan0 \n"
-             "1 [ 0 , 0 ] wan1 \nend \n");
-  expect_out("qos ip_rule_list", "num: 0\n");
-  expect_ok("qos level 3");
-  expect_ok("qos speed_set wan0 1 2");
-  expect_ok("qos debug");
-  EXPECT_TRUE(vek("errinfo 14").out.starts_with("qos: level 3, 1 devices shaped, 0 devices read\n"));
+  ok({"devmg add wan1 0", "devmg wandev wan1"});
+  for (const auto& [words, out] :
+       {std::pair<std::string, std::string>("queue_wait set 1 2 3 4 5 6 7 8 9", matrix),
+        {"queue_wait get", matrix},
+        {"ggvpn set 7", "limit:7,up:0,down:0\n"},
+        {"ggvpn get", "limit:7,up:0,down:0\n"},
+        {"speed_limit get", "speed limit on\n"},
+        {"speed_limit set off", "speed limit off\n"},
+        {"speed_limit get", "speed limit off\n"},
+        {"single_ct set 0 2 3", "up:2,down:3\n"},
+        {"single_ct get 0", "up:2,down:3\n"},
+        {"ws_sp_wan_val get 1", "sp_val 0\n"},
+        {"ws_sp_val set 50", "sp_val 50\n"},
+        {"ws_sp_wan_val set 1 99", "sp_val 99\n"},
+        {"ws_sp_wan_val get 0", "sp_val 50\n"},
+        {"ws_sp_wan_val get 1", "sp_val 99\n"},
+        {"ip_rule_list", "num: 0\n"}}) {
+    shows("qos " + words, out);
+  }
+  refused("bad value", {"qos ws_sp_wan_val set 1 100", "qos ws_sp_val set 100"});
+  shows("qos ws_sp_val get", "sp_val 50\n");
+  shows("qos devinfo",
+        "skb_head:0 skb_data:0\ndev_skb[ 0, 0 ]\niface [up,down] devname \n0 [ 0 , 0 ] wan0 \n"
+        "1 [ 0 , 0 ] wan1 \nend \n");
+  ok({"qos level 3", "qos speed_set wan0 1 2", "qos debug"});
+  begins("errinfo 14", "qos: level 3, 1 devices shaped, 0 devices read\n");
 }
 
 // Sends datagrams to nobody over the loopback, 1024 bytes each.
@@ -131,20 +116,20 @@ TEST_F(Qos, RatesComeFromTwoReadingsOfLinuxsCounters) {
   const uint64_t before = state_of_lo("count[up]");
   // The last reading was taken 20 s ago, when nothing had been sent yet.
   send_kib(4000);
-  sql("state.db", "UPDATE qos_reading SET taken_ms = taken_ms - 20000");
+  sql("UPDATE qos_reading SET taken_ms = taken_ms - 20000");
   const uint64_t rate = state_of_lo("sp[up]");
   EXPECT_GT(rate, 100u);
   EXPECT_LT(rate, 1000u);
   EXPECT_GE(state_of_lo("count[up]"), before + 4000);
   EXPECT_GT(state_of_lo("count_skb[down]"), 4000u);
 
-  sql("state.db", "UPDATE qos_reading SET taken_ms = taken_ms - 2000, up = up + 1000000000");
+  sql("UPDATE qos_reading SET taken_ms = taken_ms - 2000, up = up + 1000000000");
   EXPECT_EQ(state_of_lo("sp[up]"), 0u);  // the counter began anew
-  sql("state.db", "UPDATE qos_reading SET taken_ms = taken_ms + 1000000000");
+  sql("UPDATE qos_reading SET taken_ms = taken_ms + 1000000000");
   EXPECT_EQ(state_of_lo("sp[down]"), 0u);  // so did the clock
-  sql("state.db", "UPDATE qos_reading SET taken_ms = taken_ms - 2000, down = 0");
+  sql("UPDATE qos_reading SET taken_ms = taken_ms - 2000, down = 0");
   EXPECT_GT(state_of_lo("sp[down]"), 0u);
-  expect_ok("qos sb_tj_init");
+  ok({"qos sb_tj_init"});
   EXPECT_EQ(state_of_lo("sp[down]"), 0u);
 }
 
