@@ -82,6 +82,13 @@ std::vector<std::string> split(const std::string& words) {
   return all;
 }
 
+std::vector<std::pair<std::string, std::string>> pairs(const std::string& words) {
+  const std::vector<std::string> all = split(words);
+  std::vector<std::pair<std::string, std::string>> two_by_two;
+  for (size_t i = 0; i < all.size(); i += 2) two_by_two.emplace_back(all[i], all.at(i + 1));
+  return two_by_two;
+}
+
 std::string unfolded(std::string text) {
   for (size_t open = 0; (open = text.find('{')) != text.npos;) {
     const size_t close = text.find("}*", open);

@@ -2,6 +2,7 @@
 #pragma once
 
 #include <string>
+#include <utility>
 #include <vector>
 
 struct RunResult {
@@ -15,6 +16,9 @@ RunResult run(const std::vector<std::string>& argv, const std::vector<std::strin
 
 // Words that are separated by blanks, each unfolded; one that is empty or has blanks inside stands in ''.
 std::vector<std::string> split(const std::string& words);
+
+// The same, two by two: a word and what it is to become.
+std::vector<std::pair<std::string, std::string>> pairs(const std::string& words);
 
 // "{ab}*3" is "ababab", wherever it stands in the text.
 std::string unfolded(std::string text);
