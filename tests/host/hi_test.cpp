@@ -55,15 +55,14 @@ TEST_F(HostTable, HostsAge) {
   load(R"({"hosts": [)" + kDesk + R"(, {"ip": "10.0.0.3", "local_mac": "02:00:00:00:00:03", "idle": 60}],
            "third": [{"ip": "10.0.0.2", "mac": "02:00:00:00:00:02", "age": 90, "device_type": 3},
                      {"ip": "10.0.0.3", "mac": "02:00:00:00:00:03", "age": 30}]})");
-  expect_ok("hi set_ageing 1");
-  expect_ok("hi set_ageing3 1");
+  ok({"hi set_ageing 1", "hi set_ageing3 1"});
   EXPECT_EQ(addresses(vek("hi list").out), "10.0.0.2 ");
   EXPECT_EQ(addresses(vek("hi third_list").out), "10.0.0.3 ");
   EXPECT_NE(vek("hi runinfo").out.find("\nhost_num=2 host_list_num=1 \n"), std::string::npos);
-  expect_refused("hi ct 10.0.0.3", "unknown host");
-  for (const char* word : {"hi set_ageing 10081", "hi set_ageing3 -1"}) expect_refused(word, "bad value");
-  expect_ok("hi set_ageing");  // no end
-  expect_ok("hi set_ageing3");
+  refused("unknown host", {"hi ct 10.0.0.3"});
+  for (const char* word : {"hi set_ageing 10081", "hi set_ageing3 -1"}) refused("bad value", {word});
+  ok({"hi set_ageing"});  // no end
+  ok({"hi set_ageing3"});
   EXPECT_EQ(addresses(vek("hi list").out), "10.0.0.2 10.0.0.3 ");
   EXPECT_NE(vek("hi list").out.find(" del_tm:0\n"), std::string::npos);
   EXPECT_TRUE(vek("hi third_list").out.starts_with("num:2\nip:10.0.0.2, mac:02:00:00:00:00:02, creat_tm:"));
@@ -78,21 +77,21 @@ TEST_F(HostTable, Connections) {
   const std::string head =
       "prot\tin_port\tfip\t\tf_port\tid \t  qtype\ttm\tp[up]\tp[down]\ts[up]\ts[down] sz[up]\tsz[down] "
       "z[up]\tz[down]\n\n";
-  expect_out("hi ct 10.0.0.3", "num=2\n" + head +
-                                   "6\t50000\t1.2.3.4\t443\t000000ab \t7\t1\t2\t3\t4\t5\t6\t7\t4194303\tweb\n"
-                                   "17\t0\tfd00::1\t0\t00000000 \t0\t0\t0\t0\t0\t0\t0\t0\t0\t\n\n");
-  expect_out("hi ct 10.0.0.2", "num=0\n" + head + "\n");
+  shows("hi ct 10.0.0.3", "num=2\n" + head +
+                              "6\t50000\t1.2.3.4\t443\t000000ab \t7\t1\t2\t3\t4\t5\t6\t7\t4194303\tweb\n"
+                              "17\t0\tfd00::1\t0\t00000000 \t0\t0\t0\t0\t0\t0\t0\t0\t0\t\n\n");
+  shows("hi ct 10.0.0.2", "num=0\n" + head + "\n");
   EXPECT_NE(vek("hi runinfo").out.find("ct_max=65536 ct_num=2 "), std::string::npos);
 }
 
 TEST_F(HostTable, RedirectFlags) {
   load(R"({"hosts": [)" + kDesk + "]}");
-  expect_out("hi redirct_flag get 10.0.0.2", "ip:10.0.0.2,flag:0\n");
-  expect_out("hi redirct_flag set 10.0.0.2 7", "ip:10.0.0.2,flag:7\n");
-  expect_out("hi redirct_flag get 10.0.0.2", "ip:10.0.0.2,flag:7\n");
-  expect_refused("hi redirct_flag set 10.0.0.3 7", "unknown host");
+  shows("hi redirct_flag get 10.0.0.2", "ip:10.0.0.2,flag:0\n");
+  shows("hi redirct_flag set 10.0.0.2 7", "ip:10.0.0.2,flag:7\n");
+  shows("hi redirct_flag get 10.0.0.2", "ip:10.0.0.2,flag:7\n");
+  refused("unknown host", {"hi redirct_flag set 10.0.0.3 7"});
   load(R"({"hosts": [)" + kDesk + "]}");  // another host of that address
-  expect_out("hi redirct_flag get 10.0.0.2", "ip:10.0.0.2,flag:0\n");
+  shows("hi redirct_flag get 10.0.0.2", "ip:10.0.0.2,flag:0\n");
 }
 
 TEST_F(HostTable, AFullRecordHoldsTheFirst3666Hosts) {
@@ -105,8 +104,7 @@ TEST_F(HostTable, AFullRecordHoldsTheFirst3666Hosts) {
 
 // Hosts are the neighbours on the interfaces that are registered as LAN ones.
 TEST_F(HostTable, ListsTheNeighboursThatLinuxKnows) {
-  expect_ok("devmg add lan0 250");
-  expect_ok("devmg add wan0 0");
+  ok({"devmg add lan0 250", "devmg add wan0 0"});
   const std::string neighbours =
       "ip addr add 10.0.0.1/24 dev lan0; ip neigh add 10.0.0.9 lladdr 02:00:00:00:00:09 dev lan0;"
       "ip neigh add 10.0.0.7 lladdr 02:00:00:00:00:07 dev lan0;"
@@ -123,7 +121,7 @@ TEST_F(HostTable, ListsTheNeighboursThatLinuxKnows) {
       << list;
   EXPECT_NE(list.find("local_mac:02:00:00:00:00:99"), list.npos);  // the lab's word counts
   EXPECT_EQ(in_own_network(neighbours + "$vek hi redirct_flag set 10.0.0.7 3"), "ip:10.0.0.7,flag:3\n");
-  expect_refused("hi redirct_flag get 10.0.0.7", "unknown host");  // not in this network
+  refused("unknown host", {"hi redirct_flag get 10.0.0.7"});  // not in this network
 }
 
 }  // namespace
