@@ -3,6 +3,7 @@
 // VEK_LOG. Stands alone, so that it can go into static programs.
 //
 // A script is lines of text:
+//   order                 what follows answers the next call of the gateway; the last answer is for good
 //   return N              what the gateway returns (0 unless said)
 //   result N              the result code in the answer
 //   put OFFSET HEX        bytes of the answer, at an offset of the record
@@ -14,6 +15,7 @@
 #include <fcntl.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <cstdint>
 #include <cstdio>
 #include <cstdlib>
@@ -162,8 +164,14 @@ const char* const tvlret_err_str[52] = {
 int tesvel_order_opt_fun(void* record, uint32_t length) {
   auto* bytes = static_cast<uint8_t*>(record);
   log_record(bytes, length);
+  int answers = 0;
+  each_line([&](const char* line) { answers += strcmp(line, "order") == 0 ? 1 : 0; });
+  const int wanted = std::min(count_call("order"), answers);
+  int answer = 0;
   int returned = 0;
   each_line([&](const char* line) {
+    if (strcmp(line, "order") == 0) ++answer;
+    if (answer != wanted) return;
     if (starts_with(line, "return ")) returned = atoi(line + 7);
     if (starts_with(line, "result ")) {
       const auto result = static_cast<uint32_t>(strtoul(line + 7, nullptr, 10));

@@ -2,7 +2,6 @@
 #include "tool/driver.h"
 
 #include <arpa/inet.h>
-#include <sys/stat.h>
 
 #include <algorithm>
 #include <cstdlib>
@@ -45,30 +44,10 @@ std::string value_of(const std::string& kind, const std::string& text) {
   throw std::invalid_argument(kind + " " + text);
 }
 
-// Puts the next script in place while the order that comes before it waits to read its turn, a pipe.
-constexpr const char* kTakeTurns =
-    "for next in \"$VEK_SCRIPT\".?; do exec 3>\"$next-turn\"; mv \"$next\" \"$VEK_SCRIPT\"; exec 3>&-; done &"
-    " \"$@\"; status=$?; kill $! 2>/dev/null; exit $status";
-
 void write_answer(std::ofstream& script, const Given& given) {
-  script << "return " << given.returned << "\nresult " << given.result << "\n";
+  script << "order\nreturn " << given.returned << "\nresult " << given.result << "\n";
   if (!given.header.empty()) script << "put 0 " << to_hex(bytes_of(given.header)) << "\n";
   if (!given.answer.empty()) script << "put " << kHeaderSize << " " << to_hex(bytes_of(given.answer)) << "\n";
-}
-
-void write_scripts(const std::string& path, const Given& given) {
-  std::ofstream script(path);
-  write_answer(script, given);
-  script << given.script;
-  for (size_t i = 0; i < given.then.size(); ++i) {
-    const std::string next = path + "." + std::to_string(i);
-    const std::string turn = next + "-turn";
-    if (mkfifo(turn.c_str(), 0600) != 0) throw std::runtime_error(turn);
-    script << "read " << turn << "\n";
-    script = std::ofstream(next);
-    write_answer(script, given.then[i]);
-    script << given.script;
-  }
 }
 
 Order read_order(const std::string& line) {
@@ -131,13 +110,15 @@ size_t lines_of(const std::string& text) { return static_cast<size_t>(std::range
 
 Outcome vek(const std::string& words, const Given& given) {
   const TempFolder folder;
-  write_scripts(folder.file("script"), given);
+  std::ofstream script(folder.file("script"));
+  write_answer(script, given);
+  for (const Given& next : given.then) write_answer(script, next);
+  script << given.script << std::flush;
   std::vector<std::string> env = {"VEK_SCRIPT=" + folder.file("script"), "VEK_LOG=" + folder.file("log")};
   // The static programs have the scripted library inside.
   if (getenv("VEK_TEST_BINARY") == nullptr) env.push_back("LD_PRELOAD=" VEK_SCRIPTED_LIBRARY);
   std::vector<std::string> argv;
-  const std::string shell = given.then.empty() ? given.shell : kTakeTurns;
-  if (!shell.empty()) argv = {"/bin/sh", "-c", shell, "sh"};
+  if (!given.shell.empty()) argv = {"/bin/sh", "-c", given.shell, "sh"};
   const std::string runner = setting("VEK_TEST_RUNNER", "");
   if (!runner.empty()) argv.push_back(runner);
   argv.push_back(vek_path());

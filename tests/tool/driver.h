@@ -27,8 +27,7 @@ struct Given {
   std::string header = {};  // over the record's header
   std::string script = {};  // further lines of the script
   std::string shell = {};   // a shell command that runs "$@" in its own way
-  // What answers the second order and those behind it, each once and the last for good. The script's further
-  // lines stay the same.
+  // What answers the second order and those behind it, each once and the last for good.
   std::vector<Given> then = {};
 };
 
