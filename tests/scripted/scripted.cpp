@@ -164,6 +164,7 @@ const char* const tvlret_err_str[52] = {
 int tesvel_order_opt_fun(void* record, uint32_t length) {
   auto* bytes = static_cast<uint8_t*>(record);
   log_record(bytes, length);
+  if (getenv("VEK_SCRIPT") == nullptr) return 0;
   int answers = 0;
   each_line([&](const char* line) { answers += strcmp(line, "order") == 0 ? 1 : 0; });
   const int wanted = std::min(count_call("order"), answers);
