@@ -6,9 +6,9 @@
 #include <cstring>
 
 #include "args/address_text.h"
+#include "args/answer.h"
 #include "args/lists.h"
 #include "args/print.h"
-#include "order/answer.h"
 
 namespace {
 

@@ -4,7 +4,7 @@
 #include <cstddef>
 #include <cstdint>
 
-#include "args/list_records.h"
+#include "records/list.h"
 
 class AnswerCursor;
 

@@ -4,8 +4,8 @@
 #include <cstddef>
 #include <cstdint>
 
-#include "args/list_records.h"
-#include "order/answer.h"
+#include "args/answer.h"
+#include "records/list.h"
 
 // A reader of the platform library: writes what it finds in a text, returns how much that is.
 using ListReader = int (*)(void* destination, const char* text);

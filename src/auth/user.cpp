@@ -1,8 +1,9 @@
 // user and macuser: the router's local accounts, and the MAC addresses remembered for logged-in users.
+#include "records/user.h"
+
 #include "args/addr_range.h"
 #include "args/address_text.h"
 #include "args/print.h"
-#include "auth/user_records.h"
 #include "main/handlers.h"
 #include "order/direct.h"
 #include "platform/list.h"

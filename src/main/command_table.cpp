@@ -2,8 +2,8 @@
 #include <cstring>
 
 #include "args/print.h"
-#include "main/command.h"
 #include "main/handlers.h"
+#include "order/command.h"
 
 namespace {
 

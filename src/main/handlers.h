@@ -1,7 +1,7 @@
 // The command handlers, in the order of the command table.
 #pragma once
 
-#include "main/command.h"
+#include "order/command.h"
 
 int cmd_errinfo(int argc, char** argv, const CommandEntry* entry);
 int cmd_rzglapi(int argc, char** argv, const CommandEntry* entry);

@@ -5,7 +5,7 @@
 #include <cstdio>
 
 #include "args/print.h"
-#include "main/command.h"
+#include "order/command.h"
 
 int main(int argc, char** argv) {
   // Programs that handlers start must never linger as zombies.

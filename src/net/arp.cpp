@@ -1,11 +1,12 @@
 // arp: ARP defence settings of an interface and the table that binds IP addresses to MAC addresses.
+#include "records/arp.h"
+
 #include <arpa/inet.h>
 
 #include "args/address_text.h"
 #include "args/bits_text.h"
 #include "args/print.h"
 #include "main/handlers.h"
-#include "net/arp_records.h"
 #include "order/order.h"
 
 namespace {

@@ -1,7 +1,8 @@
 // devmg: the kernel modules' registry of the router's interfaces.
+#include "records/devmg.h"
+
 #include "args/print.h"
 #include "main/handlers.h"
-#include "net/devmg_records.h"
 #include "order/order.h"
 
 namespace {

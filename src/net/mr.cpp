@@ -1,8 +1,9 @@
 // mr: how traffic spreads over the lines, and what each line is set up with.
+#include "records/mr.h"
+
 #include "args/address_text.h"
 #include "args/print.h"
 #include "main/handlers.h"
-#include "net/mr_records.h"
 #include "order/order.h"
 #include "platform/line.h"
 #include "platform/list.h"

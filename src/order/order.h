@@ -7,10 +7,10 @@
 #include <string_view>
 #include <type_traits>
 
+#include "args/answer.h"
 #include "args/args.h"
-#include "main/command.h"
-#include "order/answer.h"
-#include "order/order_records.h"
+#include "order/command.h"
+#include "records/order.h"
 
 // Fills the zeroed payload from the words; 0 rejects them. May lower the header's length to send less.
 using ParseFn = int (*)(void* payload, int argc, char** argv);

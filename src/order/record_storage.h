@@ -6,7 +6,7 @@
 #include <cstdint>
 #include <cstring>
 
-#include "order/order_records.h"
+#include "records/order.h"
 
 // Zeroed storage of one record. A short one lies within the caller's frame: mapping a page for it would cost
 // more than all else that a setting does. A long one comes straight from the kernel's zero pages, and those

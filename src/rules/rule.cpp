@@ -1,5 +1,7 @@
 // rule: the tables that decide which traffic passes (acc, whitelist, filter) and which line it takes
 // (mroute).
+#include "records/rule.h"
+
 #include "args/addr_range.h"
 #include "args/address_text.h"
 #include "args/lists.h"
@@ -7,7 +9,6 @@
 #include "main/handlers.h"
 #include "order/direct.h"
 #include "platform/list.h"
-#include "rules/rule_records.h"
 
 namespace {
 

@@ -13,7 +13,7 @@
 #include "platform/line.h"
 #include "platform/order.h"
 #include "platform/snmp.h"
-#include "traffic/hi_records.h"
+#include "records/host.h"
 
 namespace {
 

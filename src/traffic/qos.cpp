@@ -1,4 +1,6 @@
 // qos: the traffic-shaping engine: settings and counters of devices, its global limits and its buffers.
+#include "records/qos.h"
+
 #include <arpa/inet.h>
 
 #include <cstdlib>
@@ -9,7 +11,6 @@
 #include "order/order.h"
 #include "platform/line.h"
 #include "platform/nvram.h"
-#include "traffic/qos_records.h"
 
 namespace {
 

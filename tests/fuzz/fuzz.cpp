@@ -13,7 +13,7 @@
 #include <memory>
 #include <vector>
 
-#include "main/command.h"
+#include "order/command.h"
 #include "platform/order.h"
 #include "script.h"
 

@@ -50,7 +50,7 @@ TEST(Hi, HostLists) {
 }
 
 TEST(Hi, ExtendedList) {
-  // Its places from 1144 on are the contract of hi_records.h.
+  // Its places from 1144 on are the contract of records/host.h.
   const std::string entry =
       kHost + "114:u8 9 1144:text {i}*48 1192:u32 7 1196:text {s}*36 1232:u32 -1 1236:hex eeeeeeee";
   const std::string text = unfolded(

@@ -3,10 +3,10 @@
 
 #include <optional>
 
-#include "auth/user_records.h"
 #include "lab/give_order.h"
 #include "lab/sections.h"
 #include "modules/modules.h"
+#include "records/user.h"
 
 namespace {
 

@@ -4,7 +4,7 @@
 #include <algorithm>
 
 #include "lab/scenario.h"
-#include "module.h"
+#include "modules/module.h"
 #include "platform/order.h"
 
 // What the module refuses is wrong at this place of the scenario.

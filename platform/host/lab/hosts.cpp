@@ -8,9 +8,9 @@
 
 #include "lab/sections.h"
 #include "modules/host.h"
-#include "order/order_records.h"
-#include "settings.h"
-#include "traffic/hi_records.h"
+#include "records/host.h"
+#include "records/order.h"
+#include "state/settings.h"
 
 namespace {
 

@@ -3,7 +3,7 @@
 #include "lab/sections.h"
 #include "modules/devmg.h"
 #include "modules/modules.h"
-#include "net/devmg_records.h"
+#include "records/devmg.h"
 
 namespace {
 

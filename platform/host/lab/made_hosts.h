@@ -3,7 +3,7 @@
 
 #include <cstdint>
 
-#include "traffic/hi_records.h"
+#include "records/host.h"
 
 // The host of this number (0 to 65533): no two are alike, and each is the same whenever it is made. Its times
 // are seconds before the present: for how long it has been known, and since when it has been silent.

@@ -3,7 +3,7 @@
 #pragma once
 
 #include "lab/scenario.h"
-#include "store.h"
+#include "state/store.h"
 
 struct Section {
   const char* name;                                 // the scenario's member, and what show calls it

@@ -1,14 +1,15 @@
 // ARP binding (module 3): settings of an interface, the bindings, and the database of addresses learnt, from
 // which bindings can be made in bulk. Tables keep addresses as numbers, so that they sort and compare.
+#include "records/arp.h"
+
 #include <arpa/inet.h>
 
-#include "host_mac.h"
-#include "linux_net.h"
+#include "linux/net.h"
 #include "modules/devmg.h"
 #include "modules/general.h"
+#include "modules/host_mac.h"
 #include "modules/modules.h"
-#include "net/arp_records.h"
-#include "settings.h"
+#include "state/settings.h"
 
 namespace {
 

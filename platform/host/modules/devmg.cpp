@@ -2,9 +2,9 @@
 // to it, so that it goes with the interface.
 #include "modules/devmg.h"
 
-#include "linux_net.h"
+#include "linux/net.h"
 #include "modules/modules.h"
-#include "net/devmg_records.h"
+#include "records/devmg.h"
 
 namespace {
 

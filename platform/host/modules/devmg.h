@@ -6,7 +6,7 @@
 #include <string_view>
 #include <vector>
 
-#include "store.h"
+#include "state/store.h"
 
 // Bits of an interface's flags.
 constexpr uint32_t kInterfaceLan = 1;

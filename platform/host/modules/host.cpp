@@ -10,12 +10,12 @@
 #include <map>
 #include <utility>
 
-#include "host_mac.h"
-#include "linux_net.h"
+#include "linux/net.h"
 #include "modules/devmg.h"
+#include "modules/host_mac.h"
 #include "modules/modules.h"
-#include "settings.h"
-#include "traffic/hi_records.h"
+#include "records/host.h"
+#include "state/settings.h"
 
 namespace {
 

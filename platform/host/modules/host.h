@@ -3,7 +3,7 @@
 
 #include <cstdint>
 
-#include "traffic/hi_records.h"
+#include "records/host.h"
 
 // A run counter that only packets would move, or a limit of the machine; kept as a setting of the module.
 struct HostCounter {

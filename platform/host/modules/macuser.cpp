@@ -1,9 +1,9 @@
 // MAC memory (module 62): the MAC addresses of the hosts that accounts have logged in.
 #include "modules/macuser.h"
 
-#include "auth/user_records.h"
 #include "modules/modules.h"
-#include "settings.h"
+#include "records/user.h"
+#include "state/settings.h"
 
 namespace {
 

@@ -3,7 +3,7 @@
 
 #include <cstdint>
 
-#include "store.h"
+#include "state/store.h"
 
 // Setting of module 62: 1 when logins are remembered.
 constexpr const char* kRemember = "remember";

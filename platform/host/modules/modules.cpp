@@ -4,7 +4,7 @@
 #include <algorithm>
 #include <vector>
 
-#include "settings.h"
+#include "state/settings.h"
 
 namespace {
 

@@ -3,7 +3,7 @@
 
 #include <span>
 
-#include "module.h"
+#include "modules/module.h"
 
 extern const Module kGeneralModule;
 extern const Module kDevmgModule;

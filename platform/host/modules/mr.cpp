@@ -8,9 +8,9 @@
 #include "modules/devmg.h"
 #include "modules/general.h"
 #include "modules/modules.h"
-#include "net/mr_records.h"
 #include "platform/address.h"
-#include "settings.h"
+#include "records/mr.h"
+#include "state/settings.h"
 
 namespace {
 

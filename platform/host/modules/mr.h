@@ -4,7 +4,7 @@
 #include <cstdint>
 #include <string>
 
-#include "store.h"
+#include "state/store.h"
 
 // The interface of a line, the empty text when there is no such line.
 std::string line_device(Store& store, uint32_t line);

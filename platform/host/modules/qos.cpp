@@ -1,14 +1,15 @@
 // The QoS engine (module 14): what devices are shaped to, the engine's global limits, and the counters of the
 // devices, which are Linux's own. No packet waits in this engine, so its buffers are empty.
+#include "records/qos.h"
+
 #include <algorithm>
 #include <ctime>
 
-#include "linux_net.h"
+#include "linux/net.h"
 #include "modules/general.h"
 #include "modules/modules.h"
 #include "modules/mr.h"
-#include "settings.h"
-#include "traffic/qos_records.h"
+#include "state/settings.h"
 
 namespace {
 

@@ -5,11 +5,11 @@
 
 #include <cstddef>
 
-#include "args/list_records.h"
-#include "host_mac.h"
+#include "modules/host_mac.h"
 #include "modules/modules.h"
-#include "rules/rule_records.h"
-#include "settings.h"
+#include "records/list.h"
+#include "records/rule.h"
+#include "state/settings.h"
 
 namespace {
 

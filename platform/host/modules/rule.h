@@ -4,7 +4,7 @@
 #include <cstdint>
 #include <string_view>
 
-#include "store.h"
+#include "state/store.h"
 
 // False when there is no such rule.
 bool set_route_hits(Store& store, std::string_view name, uint64_t hits);

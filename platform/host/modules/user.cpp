@@ -1,14 +1,15 @@
 // Local user accounts (module 16), and the sessions of the hosts that are logged in. Tables keep addresses as
 // numbers, so that they sort and compare, and times as seconds since 1970.
+#include "records/user.h"
+
 #include <arpa/inet.h>
 
 #include <algorithm>
 
-#include "auth/user_records.h"
-#include "host_mac.h"
+#include "modules/host_mac.h"
 #include "modules/modules.h"
 #include "platform/address.h"
-#include "settings.h"
+#include "state/settings.h"
 
 namespace {
 

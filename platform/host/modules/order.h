@@ -6,8 +6,8 @@
 #include <type_traits>
 #include <vector>
 
-#include "errors.h"
-#include "order/order_records.h"
+#include "api/errors.h"
+#include "records/order.h"
 
 // Thrown by a module: the order changes nothing and is answered with the code.
 struct Refusal {

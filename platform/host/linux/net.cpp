@@ -1,5 +1,5 @@
 // What the running Linux knows of its network.
-#include "linux_net.h"
+#include "linux/net.h"
 
 #include <net/if.h>
 #include <net/if_arp.h>

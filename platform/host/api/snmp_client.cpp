@@ -1,5 +1,5 @@
 // SNMP by way of the net-snmp library: finds one host in an agent's table of neighbours.
-#include "snmp_client.h"
+#include "api/snmp_client.h"
 
 // The order of these two is the library's.
 #include <arpa/inet.h>

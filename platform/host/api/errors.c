@@ -1,5 +1,5 @@
 // The texts of the result codes. In C, where a table can name the index of each entry.
-#include "errors.h"
+#include "api/errors.h"
 
 #include "platform/order.h"
 

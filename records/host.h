@@ -7,7 +7,7 @@
 #include <cstddef>
 #include <cstdint>
 
-#include "order/order_records.h"
+#include "records/order.h"
 
 enum HostCommand : uint32_t {
   kHostList = 1,

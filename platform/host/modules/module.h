@@ -4,8 +4,8 @@
 #include <cstdint>
 #include <span>
 
-#include "order.h"
-#include "store.h"
+#include "modules/order.h"
+#include "state/store.h"
 
 // A row of a module's commands. Orders that write are handled one at a time; those that read go on beside
 // them.

@@ -6,12 +6,12 @@
 #include <algorithm>
 #include <cstdio>
 
-#include "auth/user_records.h"
-#include "host_mac.h"
+#include "modules/host_mac.h"
 #include "modules/macuser.h"
 #include "modules/modules.h"
 #include "platform/address.h"
-#include "settings.h"
+#include "records/user.h"
+#include "state/settings.h"
 
 namespace {
 

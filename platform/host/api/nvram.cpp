@@ -7,7 +7,7 @@
 
 #include <cstdio>
 
-#include "store.h"
+#include "state/store.h"
 
 namespace {
 

@@ -6,7 +6,7 @@
 
 #include <cstdio>
 
-#include "snmp_client.h"
+#include "api/snmp_client.h"
 
 namespace {
 

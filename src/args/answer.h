@@ -6,7 +6,7 @@
 #include <cstdint>
 #include <cstring>
 
-#include "order/order_records.h"
+#include "records/order.h"
 
 class Answer {
  public:

@@ -1,5 +1,5 @@
 // The state store: where its files are, and how they are opened so that nothing that was answered gets lost.
-#include "store.h"
+#include "state/store.h"
 
 #include <sys/stat.h>
 #include <unistd.h>

@@ -2,7 +2,7 @@
 #include <algorithm>
 #include <cstdio>
 
-#include "module.h"
+#include "modules/module.h"
 #include "modules/modules.h"
 #include "platform/order.h"
 

@@ -1,5 +1,5 @@
 // Single numbers that modules keep.
-#include "settings.h"
+#include "state/settings.h"
 
 namespace {
 

@@ -3,7 +3,7 @@
 
 #include <cstdint>
 
-#include "store.h"
+#include "state/store.h"
 
 extern const Schema kSettingsSchema;
 
