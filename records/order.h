@@ -1,8 +1,6 @@
-// The record that travels through the order gateway: its header, the numbers of the kernel modules, and the
-// payloads of the general services.
+// The record that travels through the order gateway: its header, and the numbers of the kernel modules.
 #pragma once
 
-#include <cstddef>
 #include <cstdint>
 
 constexpr uint32_t kModuleGeneral = 1;
@@ -31,24 +29,3 @@ constexpr uint32_t kMaxRecordSize = 0x400000;
 // Where most lists stand in their answer's payload: an i32 count, and the entries back to back.
 constexpr uint32_t kListCountOffset = 4;
 constexpr uint32_t kListEntriesOffset = 8;
-
-enum GeneralCommand : uint32_t { kErrorInfo = 5, kMemoryReport = 7 };
-enum FlushCommand : uint32_t { kFlush = 12 };
-
-struct ErrorInfo {
-  uint32_t number;
-  uint32_t mode;  // ErrorInfoMode; in the answer kErrorInfoPresent or anything else for no information
-  char text[4096];
-};
-static_assert(sizeof(ErrorInfo) == 4104 && offsetof(ErrorInfo, text) == 8);
-
-enum ErrorInfoMode : uint32_t {
-  kErrorInfoRead = 0,
-  kErrorInfoPresent = 1,
-  kErrorInfoStore = 2,
-  kErrorInfoErase = 3
-};
-
-struct FlushRequest {
-  uint32_t number;
-};

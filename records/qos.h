@@ -4,6 +4,8 @@
 #include <cstddef>
 #include <cstdint>
 
+#include "records/field.h"
+
 enum QosCommand : uint32_t {
   kQosSet = 1,
   kQosGet = 2,
@@ -29,7 +31,7 @@ struct QosDevSettings {
   char dev[16];
   uint8_t type;  // 0 "hi", 1 "type"
   uint8_t en;
-  uint8_t unused[2];
+  Unused<2> unused;
   uint16_t ge_tm;
   uint16_t tcpwin;
   uint64_t up;
@@ -42,23 +44,35 @@ struct QosDevSettings {
   uint16_t down_skb;
   uint32_t hi_up;  // a host's minimum
   uint32_t hi_down;
-  uint32_t unused2;
+  Unused<4> unused2;
+
+  static constexpr void each_field(auto& r, auto&& field) {
+    field("dev", r.dev), field("type", r.type), field("en", r.en), field("", r.unused),
+        field("ge_tm", r.ge_tm), field("tcpwin", r.tcpwin), field("up", r.up), field("down", r.down),
+        field("up_fast", r.up_fast), field("down_fast", r.down_fast), field("up_ctskb", r.up_ctskb),
+        field("down_ctskb", r.down_ctskb), field("up_skb", r.up_skb), field("down_skb", r.down_skb),
+        field("hi_up", r.hi_up), field("hi_down", r.hi_down), field("", r.unused2);
+  }
 };
 static_assert(sizeof(QosDevSettings) == 64 && offsetof(QosDevSettings, type) == 16 &&
               offsetof(QosDevSettings, ge_tm) == 20 && offsetof(QosDevSettings, up) == 24 &&
               offsetof(QosDevSettings, up_fast) == 40 && offsetof(QosDevSettings, up_ctskb) == 44 &&
               offsetof(QosDevSettings, up_skb) == 48 && offsetof(QosDevSettings, hi_up) == 52);
+static_assert(is_described<QosDevSettings>());
 
 struct QosCount {
   uint64_t bytes;
   uint64_t skb;
+
+  static constexpr void each_field(auto& r, auto&& field) { field("bytes", r.bytes), field("skb", r.skb); }
 };
+static_assert(is_described<QosCount>());
 
 struct QosDevStats {
   char dev[16];
-  uint8_t unused[2];
+  Unused<2> unused;
   uint8_t iptype;
-  uint8_t unused2[13];
+  Unused<13> unused2;
   uint64_t sp_up;
   uint64_t sp_down;
   uint64_t sp_drop_up;
@@ -75,12 +89,24 @@ struct QosDevStats {
   int32_t skb_num_down;
   uint64_t sp_max_up;
   uint64_t sp_max_down;
+
+  static constexpr void each_field(auto& r, auto&& field) {
+    field("dev", r.dev), field("", r.unused), field("iptype", r.iptype), field("", r.unused2),
+        field("sp_up", r.sp_up), field("sp_down", r.sp_down), field("sp_drop_up", r.sp_drop_up),
+        field("sp_drop_down", r.sp_drop_down), field("sp_qos_up", r.sp_qos_up),
+        field("sp_qos_down", r.sp_qos_down), field("up", r.up), field("down", r.down),
+        field("drop_up", r.drop_up), field("drop_down", r.drop_down), field("qos_up", r.qos_up),
+        field("qos_down", r.qos_down), field("skb_num_up", r.skb_num_up),
+        field("skb_num_down", r.skb_num_down), field("sp_max_up", r.sp_max_up),
+        field("sp_max_down", r.sp_max_down);
+  }
 };
 static_assert(sizeof(QosDevStats) == 200 && offsetof(QosDevStats, iptype) == 18 &&
               offsetof(QosDevStats, sp_up) == 32 && offsetof(QosDevStats, sp_qos_up) == 64 &&
               offsetof(QosDevStats, up) == 80 && offsetof(QosDevStats, drop_up) == 112 &&
               offsetof(QosDevStats, qos_up) == 144 && offsetof(QosDevStats, skb_num_up) == 176 &&
               offsetof(QosDevStats, sp_max_up) == 184);
+static_assert(is_described<QosDevStats>());
 
 struct QosExtSettings {
   uint32_t hi_up;
@@ -94,57 +120,96 @@ struct QosExtSettings {
   uint32_t ct_wait_tm;
   uint32_t sqos_limit_num;
   uint32_t sqos_ct_limit_num;
+
+  static constexpr void each_field(auto& r, auto&& field) {
+    field("hi_up", r.hi_up), field("hi_down", r.hi_down), field("ct_num1", r.ct_num1),
+        field("ct_num2", r.ct_num2), field("ct_udp_num1", r.ct_udp_num1), field("ct_udp_num2", r.ct_udp_num2),
+        field("tcpwin", r.tcpwin), field("hi_wait_tm", r.hi_wait_tm), field("ct_wait_tm", r.ct_wait_tm),
+        field("sqos_limit_num", r.sqos_limit_num), field("sqos_ct_limit_num", r.sqos_ct_limit_num);
+  }
 };
 static_assert(sizeof(QosExtSettings) == 44);
+static_assert(is_described<QosExtSettings>());
 
 struct QosLevel {
   uint32_t level;
+
+  static constexpr void each_field(auto& r, auto&& field) { field("level", r.level); }
 };
+static_assert(is_described<QosLevel>());
 
 // In the records below the first word is 1 to set and 0 to get.
 
 struct QueueWaitMatrix {
   uint32_t is_set;
   uint32_t wait[3][3];  // from a priority level to one: 0 normal, 1 high, 2 low
+
+  static constexpr void each_field(auto& r, auto&& field) {
+    field("is_set", r.is_set), field("wait", r.wait);
+  }
 };
 static_assert(sizeof(QueueWaitMatrix) == 40);
+static_assert(is_described<QueueWaitMatrix>());
 
 struct QosVpnLimit {
   uint32_t is_set;
   uint32_t limit;
   uint32_t up;  // this and the next: only in the answer
   uint32_t down;
+
+  static constexpr void each_field(auto& r, auto&& field) {
+    field("is_set", r.is_set), field("limit", r.limit), field("up", r.up), field("down", r.down);
+  }
 };
 static_assert(sizeof(QosVpnLimit) == 16);
+static_assert(is_described<QosVpnLimit>());
 
 struct QosSingleCt {
   uint32_t is_set;
   uint32_t iface;  // line number
   uint32_t up;
   uint32_t down;
+
+  static constexpr void each_field(auto& r, auto&& field) {
+    field("is_set", r.is_set), field("iface", r.iface), field("up", r.up), field("down", r.down);
+  }
 };
 static_assert(sizeof(QosSingleCt) == 16);
+static_assert(is_described<QosSingleCt>());
 
 struct QosSpeedLimit {
   uint32_t is_set;
   uint32_t off;  // the engine keeps what is switched off
+
+  static constexpr void each_field(auto& r, auto&& field) { field("is_set", r.is_set), field("off", r.off); }
 };
 static_assert(sizeof(QosSpeedLimit) == 8);
+static_assert(is_described<QosSpeedLimit>());
 
 struct QosSpeedValues {
   uint32_t is_set;
   uint32_t line;
   uint8_t values[256];  // by line
+
+  static constexpr void each_field(auto& r, auto&& field) {
+    field("is_set", r.is_set), field("line", r.line), field("values", r.values);
+  }
 };
 static_assert(sizeof(QosSpeedValues) == 264 && offsetof(QosSpeedValues, values) == 8);
+static_assert(is_described<QosSpeedValues>());
 
 struct QosNoQueue {
   char dev[16];
   uint32_t is_set;
   uint32_t up;
   uint32_t down;
+
+  static constexpr void each_field(auto& r, auto&& field) {
+    field("dev", r.dev), field("is_set", r.is_set), field("up", r.up), field("down", r.down);
+  }
 };
 static_assert(sizeof(QosNoQueue) == 28);
+static_assert(is_described<QosNoQueue>());
 
 // Packet buffers that a device holds; the entries of its hosts follow.
 struct SkbReport {
@@ -153,48 +218,79 @@ struct SkbReport {
   int32_t no_queue[2];
   int32_t skb_head;
   int32_t skb_data;
-  uint8_t unused[2];
+  Unused<2> unused;
   uint16_t count;
+
+  static constexpr void each_field(auto& r, auto&& field) {
+    field("dev", r.dev), field("dev_skb", r.dev_skb), field("no_queue", r.no_queue),
+        field("skb_head", r.skb_head), field("skb_data", r.skb_data), field("", r.unused),
+        field("count", r.count);
+  }
 };
 static_assert(sizeof(SkbReport) == 44 && offsetof(SkbReport, count) == 42);
+static_assert(is_described<SkbReport>());
 
 struct SkbHost {
-  uint32_t ip;  // network byte order
+  Ip4 ip;
   uint8_t hi_prio;
   uint8_t dev_prio;
   uint8_t is_udp;
-  uint8_t unused;
+  Unused<1> unused;
   uint8_t ct_err[2];
   uint8_t hi_err[2];
   int32_t hi_skb[2];
   int32_t hi_udp_skb[2];
   int32_t ct_skb[2];
+
+  static constexpr void each_field(auto& r, auto&& field) {
+    field("ip", r.ip), field("hi_prio", r.hi_prio), field("dev_prio", r.dev_prio), field("is_udp", r.is_udp),
+        field("", r.unused), field("ct_err", r.ct_err), field("hi_err", r.hi_err), field("hi_skb", r.hi_skb),
+        field("hi_udp_skb", r.hi_udp_skb), field("ct_skb", r.ct_skb);
+  }
 };
 static_assert(sizeof(SkbHost) == 36 && offsetof(SkbHost, ct_err) == 8 && offsetof(SkbHost, hi_skb) == 12);
+static_assert(is_described<SkbHost>());
 
 // Packet buffers of all devices; their entries follow.
 struct DevSkbReport {
   int32_t dev_skb[2];
   int32_t skb_head;
   int32_t skb_data;
-  uint8_t unused[2];
+  Unused<2> unused;
   uint16_t count;
+
+  static constexpr void each_field(auto& r, auto&& field) {
+    field("dev_skb", r.dev_skb), field("skb_head", r.skb_head), field("skb_data", r.skb_data),
+        field("", r.unused), field("count", r.count);
+  }
 };
 static_assert(sizeof(DevSkbReport) == 20 && offsetof(DevSkbReport, count) == 18);
+static_assert(is_described<DevSkbReport>());
 
 struct DevSkb {
   char dev[16];
   int32_t iface;  // line number
   int32_t up;
   int32_t down;
+
+  static constexpr void each_field(auto& r, auto&& field) {
+    field("dev", r.dev), field("iface", r.iface), field("up", r.up), field("down", r.down);
+  }
 };
 static_assert(sizeof(DevSkb) == 28);
+static_assert(is_described<DevSkb>());
 
 struct QosIpRule {
-  uint8_t ip[20];  // combined address value
+  IpAddress ip;
   uint32_t up;
   uint32_t down;
   uint32_t max_up;
   uint32_t max_down;
+
+  static constexpr void each_field(auto& r, auto&& field) {
+    field("ip", r.ip), field("up", r.up), field("down", r.down), field("max_up", r.max_up),
+        field("max_down", r.max_down);
+  }
 };
 static_assert(sizeof(QosIpRule) == 36);
+static_assert(is_described<QosIpRule>());

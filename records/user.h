@@ -1,8 +1,10 @@
-// Payloads of the local user accounts (module 16) and of the MAC memory of logged-in users (module 62).
+// Payloads of the local user accounts (module 16).
 #pragma once
 
 #include <cstddef>
 #include <cstdint>
+
+#include "records/field.h"
 
 enum UserCommand : uint32_t {
   kUserAdd = 4,
@@ -22,15 +24,6 @@ enum UserCommand : uint32_t {
   kUserLock = 52,
 };
 
-enum MacUserCommand : uint32_t {
-  kMacUserSet = 1,
-  kMacUserGet = 2,
-  kMacUserList = 3,
-  kMacUserMacDel = 5,
-  kMacUserIdDel = 6,
-  kMacUserInit = 7,
-};
-
 enum UserFlags : uint16_t {
   kUserFixedIp = 0x0001,
   kUserFixedMac = 0x0002,
@@ -42,58 +35,100 @@ enum UserFlags : uint16_t {
   kUserMobile = 0x0400,  // only the module sets it
 };
 
-// An account. A request ends before login_num.
-struct UserRecord {
+// An account, as it is added and named. The ends of its bound range are in host byte order in a request, and
+// in network byte order in an answer.
+template <typename Ip>
+struct UserAccount {
   char name[64];
   char pwd[64];
   char mem[128];
   uint32_t userid;
-  uint32_t ip_start;  // the bound range: in host byte order in a request, in network byte order in an answer
-  uint32_t ip_end;
+  Ip ip_start;
+  Ip ip_end;
   uint32_t ddate;
   uint32_t max;
   uint32_t up_speed;
   uint32_t down_speed;
-  uint8_t mac[6];
+  Mac mac;
   uint8_t gid;
   uint8_t mode_speed;  // 1 "gx", 0 "dl"
   uint8_t mod_pwd;     // 1 when the user may change the password
-  uint8_t unused[15];
+  Unused<15> unused;
   uint16_t flags;  // UserFlags
-  uint8_t unused2[138];
+  Unused<130> unused2;
+
+  static constexpr void each_field(auto& r, auto&& field) {
+    field("name", r.name), field("pwd", r.pwd), field("mem", r.mem), field("userid", r.userid),
+        field("ip_start", r.ip_start), field("ip_end", r.ip_end), field("ddate", r.ddate),
+        field("max", r.max), field("up_speed", r.up_speed), field("down_speed", r.down_speed),
+        field("mac", r.mac), field("gid", r.gid), field("mode_speed", r.mode_speed),
+        field("mod_pwd", r.mod_pwd), field("", r.unused), field("flags", r.flags), field("", r.unused2);
+  }
+};
+
+using UserRequest = UserAccount<HostIp4>;
+static_assert(sizeof(UserRequest) == 440 && offsetof(UserRequest, mem) == 128 &&
+              offsetof(UserRequest, userid) == 256 && offsetof(UserRequest, mac) == 284 &&
+              offsetof(UserRequest, mod_pwd) == 292 && offsetof(UserRequest, flags) == 308);
+static_assert(is_described<UserRequest>());
+
+struct UserEntry {
+  UserAccount<Ip4> account;
+  Unused<8> unused;
   uint32_t login_num;
-  uint8_t unused3[28];
+  Unused<28> unused2;
   uint32_t zup;
   uint32_t zdown;
+
+  static constexpr void each_field(auto& r, auto&& field) {
+    field("account", r.account), field("", r.unused), field("login_num", r.login_num), field("", r.unused2),
+        field("zup", r.zup), field("zdown", r.zdown);
+  }
 };
-static_assert(sizeof(UserRecord) == 488 && offsetof(UserRecord, mem) == 128 &&
-              offsetof(UserRecord, userid) == 256 && offsetof(UserRecord, mac) == 284 &&
-              offsetof(UserRecord, mod_pwd) == 292 && offsetof(UserRecord, flags) == 308 &&
-              offsetof(UserRecord, login_num) == 448 && offsetof(UserRecord, zup) == 480);
-constexpr int kUserRequestSize = 440;
+static_assert(sizeof(UserEntry) == 488 && offsetof(UserEntry, login_num) == 448 &&
+              offsetof(UserEntry, zup) == 480);
+static_assert(is_described<UserEntry>());
 
 struct UserDelAll {
   uint32_t type;  // 0 all, 1 web, 2 PPPoE: not as in UserKick
   uint32_t expired_type;
+
+  static constexpr void each_field(auto& r, auto&& field) {
+    field("type", r.type), field("expired_type", r.expired_type);
+  }
 };
 static_assert(sizeof(UserDelAll) == 8);
+static_assert(is_described<UserDelAll>());
 
 struct UserKick {
   uint32_t type;  // 0 all, 1 PPPoE, 2 web: not as in UserDelAll
+
+  static constexpr void each_field(auto& r, auto&& field) { field("type", r.type); }
 };
+static_assert(is_described<UserKick>());
 
 struct UserAutoscan {
   uint32_t enable;
   uint32_t interval_time;  // minutes
+
+  static constexpr void each_field(auto& r, auto&& field) {
+    field("enable", r.enable), field("interval_time", r.interval_time);
+  }
 };
 static_assert(sizeof(UserAutoscan) == 8);
+static_assert(is_described<UserAutoscan>());
 
 struct UserStat {
   char name[64];
   uint64_t down;  // bytes
   uint64_t up;
+
+  static constexpr void each_field(auto& r, auto&& field) {
+    field("name", r.name), field("down", r.down), field("up", r.up);
+  }
 };
 static_assert(sizeof(UserStat) == 80 && offsetof(UserStat, down) == 64 && offsetof(UserStat, up) == 72);
+static_assert(is_described<UserStat>());
 
 struct UserNameInfo {
   char name[64];
@@ -101,28 +136,47 @@ struct UserNameInfo {
   int32_t web_login_num;
   int32_t num;
   // num entries follow
+
+  static constexpr void each_field(auto& r, auto&& field) {
+    field("name", r.name), field("login_num", r.login_num), field("web_login_num", r.web_login_num),
+        field("num", r.num);
+  }
 };
 static_assert(sizeof(UserNameInfo) == 76);
+static_assert(is_described<UserNameInfo>());
 
 struct UserNameEntry {
-  uint8_t ip[20];  // combined address value
-  uint8_t mac[6];
-  uint8_t unused[6];
+  IpAddress ip;
+  Mac mac;
+  Unused<6> unused;
   uint64_t flags;
+
+  static constexpr void each_field(auto& r, auto&& field) {
+    field("ip", r.ip), field("mac", r.mac), field("", r.unused), field("flags", r.flags);
+  }
 };
 static_assert(sizeof(UserNameEntry) == 40 && offsetof(UserNameEntry, mac) == 20 &&
               offsetof(UserNameEntry, flags) == 32);
+static_assert(is_described<UserNameEntry>());
 
 struct UserJsMod {
   uint32_t seconds;
+
+  static constexpr void each_field(auto& r, auto&& field) { field("seconds", r.seconds); }
 };
+static_assert(is_described<UserJsMod>());
 
 struct UserCard {
   uint32_t op;  // 1 set, 0 get
   uint32_t type;
   uint32_t en;
+
+  static constexpr void each_field(auto& r, auto&& field) {
+    field("op", r.op), field("type", r.type), field("en", r.en);
+  }
 };
 static_assert(sizeof(UserCard) == 12);
+static_assert(is_described<UserCard>());
 
 struct UserSsid {
   uint32_t op;  // 1 set, 0 get
@@ -131,30 +185,23 @@ struct UserSsid {
   uint32_t dssid;
   uint32_t ussid;
   uint32_t gssid;
+
+  static constexpr void each_field(auto& r, auto&& field) {
+    field("op", r.op), field("assid", r.assid), field("lssid", r.lssid), field("dssid", r.dssid),
+        field("ussid", r.ussid), field("gssid", r.gssid);
+  }
 };
 static_assert(sizeof(UserSsid) == 24);
+static_assert(is_described<UserSsid>());
 
 struct UserLock {
   char name[64];
   uint32_t all;
   uint32_t lock;
+
+  static constexpr void each_field(auto& r, auto&& field) {
+    field("name", r.name), field("all", r.all), field("lock", r.lock);
+  }
 };
 static_assert(sizeof(UserLock) == 72 && offsetof(UserLock, all) == 64);
-
-struct MacUserSetting {
-  uint32_t enable;
-  uint8_t unused[4];
-  uint64_t timeout;  // seconds
-};
-static_assert(sizeof(MacUserSetting) == 16 && offsetof(MacUserSetting, timeout) == 8);
-
-struct MacUserEntry {
-  uint64_t last;  // seconds since the host was seen
-  uint8_t mac[6];
-  uint8_t unused[6];
-  uint32_t userid;
-  uint8_t unused2[4];
-  int32_t card_type;
-};
-static_assert(sizeof(MacUserEntry) == 32 && offsetof(MacUserEntry, mac) == 8 &&
-              offsetof(MacUserEntry, userid) == 20 && offsetof(MacUserEntry, card_type) == 28);
+static_assert(is_described<UserLock>());

@@ -7,12 +7,22 @@
 #include <string_view>
 
 #include "platform/address.h"
+#include "records/field.h"
+
+// Copies a word into a fixed-width text field of a record: always NUL-terminated, silently cut.
+template <size_t N>
+void copy_text(char (&field)[N], const char* word) {
+  const size_t length = strnlen(word, N - 1);
+  memcpy(field, word, length);
+  field[length] = '\0';
+}
 
 class Args {
  public:
   Args(int argc, char** argv) : argc_(argc), argv_(argv) {}
 
   int count() const { return argc_; }
+  char** words() const { return argv_; }
   // Null when absent, for the few calls that pass a missing word on.
   char* get(int index) const { return index >= 0 && index < argc_ ? argv_[index] : nullptr; }
   const char* operator[](int index) const {
@@ -25,16 +35,31 @@ class Args {
   Number number(int index) const {
     return static_cast<Number>(J_atoi((*this)[index]));
   }
+  // Zero where the word is no address.
+  Ip4 ip(int index) const { return {StrToIp((*this)[index])}; }
+  // False, with the field zeroed, where the word is none.
+  bool read(int index, Mac& mac) const { return StrToMac((*this)[index], &mac) == 0; }
+  bool read(int index, IpAddress& ip) const { return StrToIpaddr((*this)[index], &ip) != 0; }
+
+  // Consecutive words into fields, each as its field's type wants it: numbers, texts (cut), addresses (zero
+  // where the word is none).
+  template <typename... Fields>
+  void take(int first, Fields&... fields) const {
+    (take_word(first++, fields), ...);
+  }
 
  private:
+  template <typename Number>
+  void take_word(int index, Number& field) const {
+    field = number<Number>(index);
+  }
+  template <size_t kSize>
+  void take_word(int index, char (&field)[kSize]) const {
+    copy_text(field, (*this)[index]);
+  }
+  void take_word(int index, Ip4& field) const { field = ip(index); }
+  void take_word(int index, Mac& field) const { read(index, field); }
+
   int argc_;
   char** argv_;
 };
-
-// Copies a word into a fixed-width text field of a record: always NUL-terminated, silently cut.
-template <size_t N>
-void copy_text(char (&field)[N], const char* word) {
-  const size_t length = strnlen(word, N - 1);
-  memcpy(field, word, length);
-  field[length] = '\0';
-}

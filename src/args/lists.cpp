@@ -5,7 +5,6 @@
 #include <cstring>
 #include <string_view>
 
-#include "args/addr_range.h"
 #include "args/print.h"
 #include "platform/address.h"
 #include "platform/list.h"
@@ -52,12 +51,23 @@ size_t most_block_bytes(std::string_view text) {
     if (key.ends_with("ip")) {
       bytes += most_address_bytes(list);
     } else if (key.ends_with("proto")) {
-      bytes += most_elements(list) * kProtocolEntrySize;
+      bytes += most_elements(list) * sizeof(ProtocolEntry);
     } else if (!key.ends_with("class") && !key.ends_with("dns")) {  // those are in the fixed part
       bytes += (1 + most_elements(list)) * sizeof(V6Range);         // whatever it is: the most of any item
     }
   }
   return bytes;
+}
+
+template <typename Range>
+void print_ranges(AnswerCursor& answer, uint16_t count) {
+  for (const Range& range : answer.entries<Range>(count)) {
+    if (range.first == range.last) {
+      print("%s,", range.first);
+    } else {
+      print("%s-%s,", range.first, range.last);
+    }
+  }
 }
 
 }  // namespace
@@ -109,6 +119,11 @@ uint8_t take_host_type(char* word, uint8_t otherwise) {
 }
 
 uint8_t host_type_by_look(const char* word) { return strpbrk(word, ".:") != nullptr ? kHostRanges : 0; }
+
+void print_addr_ranges(AnswerCursor& answer, uint16_t v4_count, uint16_t v6_count) {
+  print_ranges<V4Range>(answer, v4_count);
+  print_ranges<V6Range>(answer, v6_count);
+}
 
 void print_number_ranges(AnswerCursor& answer, uint16_t count) {
   for (const NumberRange& range : answer.entries<NumberRange>(count)) {

@@ -60,6 +60,7 @@ uint8_t take_host_type(char* word, uint8_t otherwise);
 uint8_t host_type_by_look(const char* word);
 
 // What comes next in an answer, as far as the record holds it; each item has a comma behind it.
+void print_addr_ranges(AnswerCursor& answer, uint16_t v4_count, uint16_t v6_count);
 void print_number_ranges(AnswerCursor& answer, uint16_t count);
 void print_id_ranges(AnswerCursor& answer, uint16_t count);
 void print_protocols(AnswerCursor& answer, uint16_t count);

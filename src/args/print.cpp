@@ -151,7 +151,14 @@ char* write_decimal(char* at, uint64_t number) {
   return at + (end - first);
 }
 
+char* put_field(Writer& out, char* at, const Piece& piece, const Value& value) {
+  char room[kFieldRoom];
+  const char* const text = value.text_of_field(value.field, room);
+  return put_text(out, at, piece, text, strlen(text));
+}
+
 char* put_other(Writer& out, char* at, const Piece& piece, const Value& value) {
+  if (piece.is_field) return put_field(out, at, piece, value);
   if (piece.type == 's') return put_text(out, at, piece, value.text, strnlen(value.text, value.room));
   if (piece.type != 'c') return put_number(out, at, piece, value.number);
   const char character = static_cast<char>(value.number);
@@ -172,6 +179,9 @@ void write_values(FILE* file, const char* text, const Piece* piece, const Value*
         return;
       case Shape::kText:
         at = out.put(at, value->text, strnlen(value->text, value->room));
+        break;
+      case Shape::kField:
+        at = put_field(out, at, *piece, *value);
         break;
       case Shape::kSigned:
         number = as_signed(*piece, number);

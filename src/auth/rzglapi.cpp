@@ -7,7 +7,7 @@
 
 #include "args/args.h"
 #include "args/print.h"
-#include "main/handlers.h"
+#include "auth/commands.h"
 #include "platform/auth.h"
 
 namespace {

@@ -1,22 +1,17 @@
 // user and macuser: the router's local accounts, and the MAC addresses remembered for logged-in users.
 #include "records/user.h"
 
-#include "args/addr_range.h"
-#include "args/address_text.h"
 #include "args/print.h"
-#include "main/handlers.h"
-#include "order/direct.h"
+#include "auth/commands.h"
+#include "order/order.h"
 #include "platform/list.h"
+#include "records/list.h"
+#include "records/macuser.h"
 
 namespace {
 
-bool parse_account(UserRecord& user, const Args& args) {
-  if (args.count() < 4) return false;
-  copy_text(user.name, args[3]);
-  if (args.is(2, "del")) return true;
-  if (args.count() < 15) return false;
-  copy_text(user.pwd, args[4]);
-  user.gid = args.number<uint8_t>(5);
+bool parse_account(UserRequest& user, const Args& args) {
+  args.take(3, user.name, user.pwd, user.gid);
   unsigned flags = 0;
   if (args.is(6, "next")) {
     flags = kUserAnyIp;
@@ -25,11 +20,11 @@ bool parse_account(UserRecord& user, const Args& args) {
     get_iplist_str_max(&range, args[6], 1);
     user.ip_start = range.first;
     user.ip_end = range.last;
-    if (range.first != 0) flags = kUserFixedIp;
+    if (range.first.value != 0) flags = kUserFixedIp;
   }
   if (args.is(7, "next")) {
     flags |= kUserAnyMac;
-  } else if (StrToMac(args[7], user.mac) == 0) {
+  } else if (args.read(7, user.mac)) {
     flags |= kUserFixedMac;
   }
   const std::string_view type = args[8];
@@ -37,10 +32,7 @@ bool parse_account(UserRecord& user, const Args& args) {
   if (type.find("web") != type.npos) flags |= kUserWeb;
   if (type.find("off") != type.npos) flags |= kUserOff;
   user.flags = static_cast<uint16_t>(flags);
-  user.max = args.number(9);
-  copy_text(user.mem, args[10]);
-  user.up_speed = args.number(11);
-  user.down_speed = args.number(12);
+  args.take(9, user.max, user.mem, user.up_speed, user.down_speed);
   user.mode_speed = args.is(13, "gx") ? 1 : 0;
   user.mod_pwd = args.is(14, "1") ? 1 : 0;
   return true;
@@ -64,7 +56,6 @@ bool parse_kick(UserKick& kick, const Args& args) {
 
 bool parse_autoscan(UserAutoscan& autoscan, const Args& args) {
   constexpr int32_t kLeastMinutes = 5;
-  if (args.count() < 4) return false;
   autoscan.enable = args.number(3);
   if (autoscan.enable != 1) return true;
   autoscan.interval_time = args.number(4);
@@ -72,20 +63,12 @@ bool parse_autoscan(UserAutoscan& autoscan, const Args& args) {
   return true;
 }
 
-bool parse_name(UserNameInfo& info, const Args& args) {
-  if (args.count() < 4) return false;
-  copy_text(info.name, args[3]);
-  return true;
-}
-
 bool parse_js_mod(UserJsMod& js_mod, const Args& args) {
-  if (args.count() < 4) return false;
   js_mod.seconds = args.number(3) * 60;
   return true;
 }
 
 bool parse_card(UserCard& card, const Args& args) {
-  if (args.count() < 5) return false;
   card.type = args.number(4);
   if (!args.is(3, "set")) return true;
   if (args.count() < 6) return false;
@@ -95,24 +78,16 @@ bool parse_card(UserCard& card, const Args& args) {
 }
 
 bool parse_ssid(UserSsid& ssid, const Args& args) {
-  if (args.count() < 4) return false;
   if (!args.is(3, "set")) return true;
   if (args.count() < 9) return false;
-  ssid = {.op = 1,
-          .assid = args.number(4),
-          .lssid = args.number(5),
-          .dssid = args.number(6),
-          .ussid = args.number(7),
-          .gssid = args.number(8)};
+  ssid.op = 1;
+  args.take(4, ssid.assid, ssid.lssid, ssid.dssid, ssid.ussid, ssid.gssid);
   return true;
 }
 
 // The word behind "lock" only holds its place.
 bool parse_lock(UserLock& lock, const Args& args) {
-  if (args.count() < 7) return false;
-  lock.all = args.number(4);
-  copy_text(lock.name, args[5]);
-  lock.lock = args.number(6);
+  args.take(4, lock.all, lock.name, lock.lock);
   return true;
 }
 
@@ -127,16 +102,16 @@ constexpr FlagWord kFlagWords[] = {
 
 void print_accounts(const Answer& answer) {
   print("num: %d\n", answer.get<int32_t>(kListCountOffset));
-  for (const UserRecord& user : answer.list<UserRecord>()) {
+  for (const UserEntry& entry : answer.list<UserEntry>()) {
+    const auto& user = entry.account;
     print("name=%s pwd=%s gid=%d mod_pwd=%d state=0x%x ip=%s -%s \n  mac=%s speed up=%d down=%d mode=%s ",
-          user.name, user.pwd, user.gid, user.mod_pwd, user.flags, ip_text(user.ip_start).chars,
-          ip_text(user.ip_end).chars, mac_text(user.mac).chars, user.up_speed, user.down_speed,
-          user.mode_speed == 1 ? "gx" : "dl");
+          user.name, user.pwd, user.gid, user.mod_pwd, user.flags, user.ip_start, user.ip_end, user.mac,
+          user.up_speed, user.down_speed, user.mode_speed == 1 ? "gx" : "dl");
     for (const FlagWord& row : kFlagWords) {
       if ((user.flags & row.flag) != 0) print("%s", row.word);
     }
-    print(" ddate=%u zup=%u zdown=%u login_num=%u userid=%u mem=%s\n\n", user.ddate, user.zup, user.zdown,
-          user.login_num, user.userid, user.mem);
+    print(" ddate=%u zup=%u zdown=%u login_num=%u userid=%u mem=%s\n\n", user.ddate, entry.zup, entry.zdown,
+          entry.login_num, user.userid, user.mem);
   }
   print("\n");
 }
@@ -153,8 +128,7 @@ void print_name_info(const Answer& answer) {
   const auto first = answer.get<UserNameEntry>(sizeof(UserNameInfo));
   const auto room = static_cast<int32_t>(answer.room(sizeof(UserNameInfo)) / sizeof(UserNameEntry));
   for (int32_t i = 0; i < std::min(info.num, room); ++i) {
-    print("i:%d,ip:%s,mac:%s,flags:0x%08lX\n", i, ipaddr_text(first.ip).chars, mac_text(first.mac).chars,
-          first.flags);
+    print("i:%d,ip:%s,mac:%s,flags:0x%08lX\n", i, first.ip, first.mac, first.flags);
   }
   print("\n");
 }
@@ -166,54 +140,36 @@ void print_ssid(const UserSsid& ssid) {
         ssid.gssid);
 }
 
-// clang-format off
-constexpr SubCommand kUser[] = {
-    {"add", kUserAdd, 1024, kUserRequestSize,
-     "name pwd gid ip(next|ip_s-ip_e) mac(next|mac) type(pppoe,web,off) max mem up_speed down_speed mode_speed mod_pwd",
-     parse_as<parse_account>, nullptr},
-    {"del", kUserDel, 1024, kUserRequestSize, "name", parse_as<parse_account>, nullptr},
-    {"delall", kUserDelAll, 1024, kUserRequestSize, "type expired_type voucher_type", parse_as<parse_del_all>, nullptr},
-    {"list", kUserList, 0x400000, 0x3ffc00, " ", nullptr, print_as<print_accounts>},
-    {"online_list", kUserOnlineList, 204800, 200000, " ", nullptr, print_as<print_accounts>},
-    {"autoscan", kUserAutoscanSet, 1024, sizeof(UserAutoscan), "autoscan enable minut", parse_as<parse_autoscan>, nullptr},
-    {"get_auto", kUserAutoscanGet, 1024, sizeof(UserAutoscan), "get_auto", nullptr, print_as<print_autoscan>},
-    {"name_info", kUserNameInfo, 10240, 10200, "name", parse_as<parse_name>, print_as<print_name_info>},
-    {"rd_down_all", kUserRdDownAll, 1024, 1000, "type[all/pppoe/web]", parse_as<parse_kick>, nullptr},
-    {"down_all", kUserDownAll, 1024, 1000, "type[all/pppoe/web]", parse_as<parse_kick>, nullptr},
-    {"js_mod", kUserJsMod, 1024, 1000, "time", parse_as<parse_js_mod>, nullptr},
-    {"card", kUserCard, 1024, 1000, "set/get type en[0/1]", parse_as<parse_card>, print_as<print_card>},
-    {"ssid", kUserSsid, 1024, 1000, "set/get a l d u g", parse_as<parse_ssid>, print_as<print_ssid>},
-    {"lock", kUserLock, 1024, 1000, "all name lock", parse_as<parse_lock>, nullptr},
-};
-// clang-format on
-
-BuildResult build_stat(UserStat& stat, const Args& args) {
-  if (args.count() != 4) return kTextAlone;
+bool parse_stat(UserStat& stat, const Args& args) {
   copy_text(stat.name, args[3]);
-  return kBuilt;
+  return args.count() == 4;
 }
 
 void print_stat(const UserStat& stat) { print("up:%luK down:%luK \n  ok\n", stat.up >> 10, stat.down >> 10); }
 
-constexpr DirectCommand kStat = {
-    "stat", kUserStat, 1024, "user stat name", build_as<build_stat>, print_as<print_stat>};
+// clang-format off
+constexpr SubCommand kUser[] = {
+    {"add", kModuleUser, kUserAdd, 1024, sizeof(UserRequest), 15, "name pwd gid ip(next|ip_s-ip_e) mac(next|mac) type(pppoe,web,off) max mem up_speed down_speed mode_speed mod_pwd", parse_as<parse_account>, nullptr},
+    direct("stat", kModuleUser, kUserStat, 1024, 0, "user stat name", parse_as<parse_stat>, print_as<print_stat>),
+    {"del", kModuleUser, kUserDel, 1024, sizeof(UserRequest), 4, "name", parse_words<&UserRequest::name>, nullptr},
+    {"delall", kModuleUser, kUserDelAll, 1024, sizeof(UserRequest), 0, "type expired_type voucher_type", parse_as<parse_del_all>, nullptr},
+    {"list", kModuleUser, kUserList, 0x400000, 0x3ffc00, 0, " ", nullptr, print_as<print_accounts>},
+    {"online_list", kModuleUser, kUserOnlineList, 204800, 200000, 0, " ", nullptr, print_as<print_accounts>},
+    {"autoscan", kModuleUser, kUserAutoscanSet, 1024, sizeof(UserAutoscan), 4, "autoscan enable minut", parse_as<parse_autoscan>, nullptr},
+    {"get_auto", kModuleUser, kUserAutoscanGet, 1024, sizeof(UserAutoscan), 0, "get_auto", nullptr, print_as<print_autoscan>},
+    {"name_info", kModuleUser, kUserNameInfo, 10240, 10200, 4, "name", parse_words<&UserNameInfo::name>, print_as<print_name_info>},
+    {"rd_down_all", kModuleUser, kUserRdDownAll, 1024, 1000, 0, "type[all/pppoe/web]", parse_as<parse_kick>, nullptr},
+    {"down_all", kModuleUser, kUserDownAll, 1024, 1000, 0, "type[all/pppoe/web]", parse_as<parse_kick>, nullptr},
+    {"js_mod", kModuleUser, kUserJsMod, 1024, 1000, 4, "time", parse_as<parse_js_mod>, nullptr},
+    {"card", kModuleUser, kUserCard, 1024, 1000, 5, "set/get type en[0/1]", parse_as<parse_card>, print_as<print_card>},
+    {"ssid", kModuleUser, kUserSsid, 1024, 1000, 4, "set/get a l d u g", parse_as<parse_ssid>, print_as<print_ssid>},
+    {"lock", kModuleUser, kUserLock, 1024, 1000, 7, "all name lock", parse_as<parse_lock>, nullptr},
+};
+// clang-format on
 
 bool parse_setting(MacUserSetting& setting, const Args& args) {
-  if (args.count() < 5) return false;
   setting.enable = args.number(3);
   setting.timeout = static_cast<uint64_t>(static_cast<int32_t>(args.number(4)));
-  return true;
-}
-
-bool parse_mac(MacUserEntry& entry, const Args& args) {
-  if (args.count() < 4) return false;
-  StrToMac(args[3], entry.mac);  // no MAC at all goes out as it was read: the module finds nothing to delete
-  return true;
-}
-
-bool parse_id(MacUserEntry& entry, const Args& args) {
-  if (args.count() < 4) return false;
-  entry.userid = args.number(3);
   return true;
 }
 
@@ -224,29 +180,29 @@ void print_setting(const MacUserSetting& setting) {
 void print_macs(const Answer& answer) {
   print("mac list num:%d\n", answer.get<int32_t>(kListCountOffset));
   for (const MacUserEntry& entry : answer.list<MacUserEntry>()) {
-    print("mac:%s,user:%u,last:%lu seconds,card_type:%d\n", mac_text(entry.mac).chars, entry.userid,
-          entry.last, entry.card_type);
+    print("mac:%s,user:%u,last:%lu seconds,card_type:%d\n", entry.mac, entry.userid, entry.last,
+          entry.card_type);
   }
 }
 
 // clang-format off
 constexpr SubCommand kMacUser[] = {
-    {"set", kMacUserSet, 1024, 1020, "enable time", parse_as<parse_setting>, nullptr},
-    {"get", kMacUserGet, 1024, 1020, "", nullptr, print_as<print_setting>},
-    {"init", kMacUserInit, 1024, 1020, "", nullptr, nullptr},
-    {"list", kMacUserList, 0x400000, 0x3ffc00, "", nullptr, print_as<print_macs>},
-    {"mac_del", kMacUserMacDel, 1024, 1020, "mac", parse_as<parse_mac>, nullptr},
-    {"id_del", kMacUserIdDel, 1024, 1020, "userid", parse_as<parse_id>, nullptr},
+    {"set", kModuleMacUser, kMacUserSet, 1024, 1020, 5, "enable time", parse_as<parse_setting>, nullptr},
+    {"get", kModuleMacUser, kMacUserGet, 1024, 1020, 0, "", nullptr, print_as<print_setting>},
+    {"init", kModuleMacUser, kMacUserInit, 1024, 1020, 0, "", nullptr, nullptr},
+    {"list", kModuleMacUser, kMacUserList, 0x400000, 0x3ffc00, 0, "", nullptr, print_as<print_macs>},
+    // No MAC at all goes out as zero: the module finds nothing to delete.
+    {"mac_del", kModuleMacUser, kMacUserMacDel, 1024, 1020, 4, "mac", parse_words<&MacUserEntry::mac>, nullptr},
+    {"id_del", kModuleMacUser, kMacUserIdDel, 1024, 1020, 4, "userid", parse_words<&MacUserEntry::userid>, nullptr},
 };
 // clang-format on
 
 }  // namespace
 
 int cmd_user(int argc, char** argv, const CommandEntry* entry) {
-  if (Args(argc, argv).is(2, kStat.word)) return run_direct(kModuleUser, kStat, argc, argv);
-  return run_sub_command(kModuleUser, kUser, argc, argv, entry);
+  return run_sub_command(kUser, argc, argv, entry);
 }
 
 int cmd_macuser(int argc, char** argv, const CommandEntry* entry) {
-  return run_sub_command(kModuleMacUser, kMacUser, argc, argv, entry);
+  return run_sub_command(kMacUser, argc, argv, entry);
 }

@@ -1,9 +1,14 @@
 // The command table: the tool's vocabulary, one row a command, and what the table itself answers.
+#include "main/command_table.h"
+
 #include <cstring>
 
 #include "args/print.h"
-#include "main/handlers.h"
-#include "order/command.h"
+#include "auth/commands.h"
+#include "net/commands.h"
+#include "order/commands.h"
+#include "rules/commands.h"
+#include "traffic/commands.h"
 
 namespace {
 
@@ -157,7 +162,8 @@ constexpr CommandEntry kCommandTable[] = {
     {"ip_group", cmd_usage_only, "list"},
     {"user_group", cmd_usage_only, "list"},
     {"zentrik_plugin", nullptr, "set get clean filename"},
-    {"watchdog", nullptr, "start stop ping"},    {nullptr, nullptr, nullptr},
+    {"watchdog", nullptr, "start stop ping"},
+    {nullptr, nullptr, nullptr},
 };
 // clang-format on
 
@@ -169,11 +175,6 @@ int cmd_help(int, char**, const CommandEntry*) {
 }
 
 }  // namespace
-
-int print_usage(const CommandEntry* entry) {
-  print_error(" %s\t%s\n", entry->name, entry->usage);
-  return 1;
-}
 
 int run_command(int argc, char** argv) {
   if (argc < 2) {

@@ -4,8 +4,7 @@
 #include <csignal>
 #include <cstdio>
 
-#include "args/print.h"
-#include "order/command.h"
+#include "main/command_table.h"
 
 int main(int argc, char** argv) {
   // Programs that handlers start must never linger as zombies.
@@ -15,12 +14,5 @@ int main(int argc, char** argv) {
   static char output_buffer[64 * 1024];
   if (isatty(STDOUT_FILENO) == 0) setvbuf(stdout, output_buffer, _IOFBF, sizeof output_buffer);
 
-  const int status = run_command(argc, argv);
-
-  // An answer that could not be written whole is no success.
-  if ((fflush(stdout) != 0 || ferror(stdout) != 0) && status == 0) {
-    print_error("vek: write error\n");
-    return 1;
-  }
-  return status;
+  return run_command(argc, argv);
 }

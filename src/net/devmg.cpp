@@ -2,34 +2,17 @@
 #include "records/devmg.h"
 
 #include "args/print.h"
-#include "main/handlers.h"
+#include "net/commands.h"
 #include "order/order.h"
 
 namespace {
 
-bool parse_entry(DevEntry& entry, const Args& args) {
-  if (args.count() < 4) return false;
-  copy_text(entry.dev, args[3]);
-  if (!args.is(2, "add")) return true;
-  if (args.count() < 5) return false;
-  entry.type = args.number<uint16_t>(4);
-  return true;
-}
-
 uint8_t work_mode(std::string_view word) { return word == "router" ? 1 : word == "vpn" ? 2 : 0; }
 
 bool parse_settings(DevEntry& entry, const Args& args) {
-  if (args.count() < 7) return false;
-  copy_text(entry.dev, args[3]);
-  entry.jb_en = args.number<uint8_t>(4);
+  args.take(3, entry.dev, entry.jb_en);
   entry.wk_mode = work_mode(args[5]);
   entry.isp = args.number<uint8_t>(6);
-  return true;
-}
-
-bool parse_name(DevName& name, const Args& args) {
-  if (args.count() < 4) return false;
-  copy_text(name.dev, args[3]);
   return true;
 }
 
@@ -56,21 +39,21 @@ void print_stat(const DevStat& stat) {
 
 // clang-format off
 constexpr SubCommand kDevmg[] = {
-    {"add", kDevAdd, 1024, sizeof(DevEntry), "dev type[lan:250,not:0]", parse_as<parse_entry>, nullptr},
-    {"del", kDevDel, 1024, sizeof(DevEntry), "dev", parse_as<parse_entry>, nullptr},
-    {"set", kDevSet, 1024, sizeof(DevEntry), "dev jb_en wk_mode wan_isp", parse_as<parse_settings>, nullptr},
-    {"get", kDevGet, 1024, sizeof(DevEntry), "dev", parse_as<parse_entry>, print_as<print_entry>},
-    {"list", kDevList, 0x400000, 0x3ffc00, " ", nullptr, print_as<print_list>},
-    {"landev", kDevLan, 1024, sizeof(DevName), "dev", parse_as<parse_name>, nullptr},
-    {"wandev", kDevWan, 1024, sizeof(DevName), "dev", parse_as<parse_name>, nullptr},
-    {"dev_get", kDevRead, 1024, sizeof(DevName), "", nullptr, nullptr},
-    {"wan_done", kDevWanDone, 1024, sizeof(DevName), "dev", parse_as<parse_name>, nullptr},
-    {"dev_stat", kDevStat, 1024, sizeof(DevStat), "dev", parse_as<parse_name>, print_as<print_stat>},
+    {"add", kModuleDevmg, kDevAdd, 1024, sizeof(DevEntry), 5, "dev type[lan:250,not:0]", parse_words<&DevEntry::dev, &DevEntry::type>, nullptr},
+    {"del", kModuleDevmg, kDevDel, 1024, sizeof(DevEntry), 4, "dev", parse_words<&DevEntry::dev>, nullptr},
+    {"set", kModuleDevmg, kDevSet, 1024, sizeof(DevEntry), 7, "dev jb_en wk_mode wan_isp", parse_as<parse_settings>, nullptr},
+    {"get", kModuleDevmg, kDevGet, 1024, sizeof(DevEntry), 4, "dev", parse_words<&DevEntry::dev>, print_as<print_entry>},
+    {"list", kModuleDevmg, kDevList, 0x400000, 0x3ffc00, 0, " ", nullptr, print_as<print_list>},
+    {"landev", kModuleDevmg, kDevLan, 1024, sizeof(DevName), 4, "dev", parse_words<&DevName::dev>, nullptr},
+    {"wandev", kModuleDevmg, kDevWan, 1024, sizeof(DevName), 4, "dev", parse_words<&DevName::dev>, nullptr},
+    {"dev_get", kModuleDevmg, kDevRead, 1024, sizeof(DevName), 0, "", nullptr, nullptr},
+    {"wan_done", kModuleDevmg, kDevWanDone, 1024, sizeof(DevName), 4, "dev", parse_words<&DevName::dev>, nullptr},
+    {"dev_stat", kModuleDevmg, kDevStat, 1024, sizeof(DevStat), 4, "dev", parse_words<&DevName::dev>, print_as<print_stat>},
 };
 // clang-format on
 
 }  // namespace
 
 int cmd_devmg(int argc, char** argv, const CommandEntry* entry) {
-  return run_sub_command(kModuleDevmg, kDevmg, argc, argv, entry);
+  return run_sub_command(kDevmg, argc, argv, entry);
 }

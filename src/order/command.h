@@ -15,6 +15,3 @@ struct CommandEntry {
 
 // What a missing or unknown sub-command gets: the row's name and usage on standard error. Returns status 1.
 int print_usage(const CommandEntry* entry);
-
-// Looks argv[1] up in the command table and runs its handler. Returns the exit status.
-int run_command(int argc, char** argv);

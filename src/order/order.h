@@ -1,8 +1,9 @@
-// One request to the kernel modules: the runner that nearly every sub-command goes through, the tables that
-// drive it, and the report of a kernel error.
+// Requests to the kernel modules: the runner that nearly every sub-command goes through, the direct requests
+// that report in words of their own, and the tables that state all of it.
 #pragma once
 
 #include <cstdint>
+#include <initializer_list>
 #include <span>
 #include <string_view>
 #include <type_traits>
@@ -27,32 +28,112 @@ constexpr int kStatusKernelError = 3;  // a kernel module refused the order
 int order_run(int argc, char** argv, uint32_t module, uint32_t command, int32_t buf_size,
               int32_t payload_size, const char* usage, ParseFn parse, PrintFn print);
 
-// Prints the answer, or reports the kernel error that it is. Returns the status.
-int show_answer(OrderRecord* record, PrintFn print);
+// What the parse function of a direct request may answer beside true and false.
+enum Verdict : int {
+  kRejected = 0,  // reported with the four fields tool, command, sub-command and usage
+  kAccepted = 1,
+  kTooLong = 2,  // a list does not fit into the record
+  kLeave = 256,  // plus a status: leaves with it, all is said
+};
+
+constexpr Verdict leave_with(int status) { return static_cast<Verdict>(kLeave + status); }
+
+// How a direct request reports what went wrong.
+struct DirectStyle {
+  enum Failure : uint8_t {
+    kFourFields,  // a failed exchange is reported with the four fields and the reason
+    kUsageAlone,  // with the usage in place of the four fields
+    kAsSetting,   // in one line, as a setting's, with the status of a kernel error
+    kAsReading,   // as a reading's
+    kSilent,      // not at all; neither are too few words nor an error of the kernel
+  };
+  Failure failure = kFourFields;
+  const char* failure_reason = "order_opt_fun false!";
+  const char* rejection = nullptr;  // stands below the four fields of a rejection
+  const char* done = "ok\n";        // what a setting answers
+};
+constexpr DirectStyle kDirect = {};
+constexpr DirectStyle kDirectList = {.failure_reason = " order_opt_fun false!"};
+constexpr DirectStyle kDirectSetting = {.failure = DirectStyle::kAsSetting};
+constexpr DirectStyle kDirectSilent = {.failure = DirectStyle::kSilent};
+
+// A row of a family's table: what a word leads to. That is a request through the runner, or the other kinds
+// that the functions below make rows for.
+struct SubCommand {
+  enum Kind : uint8_t { kRequest, kDirectRequest, kGroup, kHandled };
+
+  const char* word;
+  uint16_t module = 0;
+  uint16_t command = 0;
+  int32_t buf_size = 0;
+  int32_t payload_size = 0;
+  int32_t min_words = 0;  // of all words, the tool's name included: parse is not called with fewer
+  const char* usage = nullptr;
+  ParseFn parse = nullptr;  // null: the request carries no arguments
+  PrintFn print = nullptr;  // null: the answer is only the result code
+  union ByKind {
+    const DirectStyle* style;
+    const SubCommand* rows;  // the table of the next word
+    int (*handle)(const Args& args, const CommandEntry* entry);
+  } by_kind = {.style = nullptr};
+  Kind kind = kRequest;
+  uint8_t row_count = 0;
+};
+
+// A direct request, in a record of that length, the header included.
+constexpr SubCommand direct(const char* word, uint16_t module, uint16_t command, int32_t length,
+                            int32_t min_words, const char* usage, ParseFn parse, PrintFn print,
+                            const DirectStyle& style = kDirect) {
+  const int32_t size = length - int32_t{sizeof(OrderRecord)};
+  return {.word = word,
+          .module = module,
+          .command = command,
+          .buf_size = size,
+          .payload_size = size,
+          .min_words = min_words,
+          .usage = usage,
+          .parse = parse,
+          .print = print,
+          .by_kind = {.style = &style},
+          .kind = SubCommand::kDirectRequest};
+}
+
+// A word that another word's table stands behind. A missing or unknown next word gets the line of usage, or
+// where there is none the command's.
+template <uint8_t kCount>
+constexpr SubCommand group(const char* word, const SubCommand (&rows)[kCount], const char* usage = nullptr) {
+  return {.word = word,
+          .usage = usage,
+          .by_kind = {.rows = rows},
+          .kind = SubCommand::kGroup,
+          .row_count = kCount};
+}
+
+// A word with a way of its own.
+constexpr SubCommand handled(const char* word, int (*handle)(const Args&, const CommandEntry*)) {
+  return {.word = word, .by_kind = {.handle = handle}, .kind = SubCommand::kHandled};
+}
+
+using SubCommands = std::initializer_list<std::span<const SubCommand>>;
+
+// The row for the word at a place of the command line; null where there is none.
+const SubCommand* find_sub_command(std::span<const SubCommand> table, const Args& args, int place);
+
+// Runs the first row of the tables for the word at a place; a missing or unknown word gets the usage line.
+int run_sub_command(SubCommands tables, const Args& args, const CommandEntry* entry, int place = 2);
+inline int run_sub_command(std::span<const SubCommand> table, int argc, char** argv,
+                           const CommandEntry* entry) {
+  return run_sub_command({table}, Args(argc, argv), entry);
+}
+
+// Runs the request of a row. Returns the exit status.
+int run_request(const SubCommand& row, const Args& args);
+
+// The report's four fields: tool, command, sub-command and usage.
+void print_order_usage(const Args& args, const char* usage);
 
 // Reports a kernel error on standard error. Returns its status.
 int report_kernel_error(uint32_t result);
-
-// The report's four fields: tool, command, sub-command and the sub-command's usage.
-void print_order_usage(const Args& args, const char* usage);
-
-// Reports that there is no memory for a record of that size. Returns the status.
-int report_no_memory(const Args& args, const char* usage, uint32_t size);
-
-// A row of a family's table of sub-commands.
-struct SubCommand {
-  std::string_view word;
-  uint32_t command;
-  int32_t buf_size;
-  int32_t payload_size;
-  const char* usage;
-  ParseFn parse;
-  PrintFn print;
-};
-
-// Runs the row of the sub-command word; a missing or unknown word gets the command's usage line.
-int run_sub_command(uint32_t module, std::span<const SubCommand> table, int argc, char** argv,
-                    const CommandEntry* entry);
 
 namespace order_detail {
 
@@ -65,13 +146,27 @@ struct FirstParameter<R (*)(First, Rest...)> {
 template <auto function>
 using FirstParameterOf = typename FirstParameter<decltype(function)>::type;
 
+template <typename Record, typename Field>
+Record record_of(Field Record::*member);
+template <auto member>
+using RecordOf = decltype(record_of(member));
+
 }  // namespace order_detail
 
-// Makes a ParseFn of a bool(Payload&, const Args&).
+// Makes a ParseFn of a function of (Payload&, const Args&) that returns a bool or a Verdict.
 template <auto parse>
 int parse_as(void* payload, int argc, char** argv) {
   using Payload = std::remove_reference_t<order_detail::FirstParameterOf<parse>>;
-  return parse(*static_cast<Payload*>(payload), Args(argc, argv)) ? 1 : 0;
+  return parse(*static_cast<Payload*>(payload), Args(argc, argv));
+}
+
+// The ParseFn of a request whose words go into fields of its payload in their order, from the first word
+// behind the sub-command on.
+template <auto first, auto... others>
+int parse_words(void* payload, int argc, char** argv) {
+  auto& record = *static_cast<order_detail::RecordOf<first>*>(payload);
+  Args(argc, argv).take(3, record.*first, record.*others...);
+  return kAccepted;
 }
 
 // Makes a PrintFn of a void(const Payload&), or of a void(const Answer&) for lists.

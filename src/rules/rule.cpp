@@ -2,13 +2,11 @@
 // (mroute).
 #include "records/rule.h"
 
-#include "args/addr_range.h"
-#include "args/address_text.h"
 #include "args/lists.h"
 #include "args/print.h"
-#include "main/handlers.h"
-#include "order/direct.h"
+#include "order/order.h"
 #include "platform/list.h"
+#include "rules/commands.h"
 
 namespace {
 
@@ -22,26 +20,24 @@ void set_hosts(Rule& rule, ListWriter& lists, const char* word) {
 }
 
 template <typename Rule>
-BuildResult finish(Rule& rule, const ListWriter& lists) {
+Verdict finish(Rule& rule, const ListWriter& lists) {
   rule.list_bytes = lists.bytes();
-  return lists.fits() ? kBuilt : kTooLong;
+  return lists.fits() ? kAccepted : kTooLong;
 }
 
 // "0" drops and any other word accepts, so that no slip of the keyboard cuts anyone off.
 uint8_t action(const Args& args, int index) { return args.is(index, "0") ? 1 : 0; }
 
-BuildResult build_acc(AccRule& rule, const Args& args) {
-  copy_text(rule.name, args[4]);
-  rule.prio = args.number<uint16_t>(5);
+Verdict parse_acc(AccRule& rule, const Args& args) {
+  args.take(4, rule.name, rule.prio);
   rule.act = action(args, 7);
-  rule.log = args.number<uint8_t>(8);
-  rule.thd_type = args.number<uint8_t>(9);
+  args.take(8, rule.log, rule.thd_type);
   rule.type = take_host_type(args.get(6), args.number<uint8_t>(12));
 
   ListWriter lists = ListWriter::behind(rule);
   rule.thd_count = lists.add<NumberRange>(get_typeid_str, args[10]);
   if (rule.type == kRuleMac) {
-    StrToMac(args[6], rule.mac);  // no MAC at all goes out as it was read: the module refuses it
+    args.read(6, rule.mac);  // no MAC at all goes out as it was read: the module refuses it
   } else {
     set_hosts(rule, lists, args[6]);
   }
@@ -49,7 +45,7 @@ BuildResult build_acc(AccRule& rule, const Args& args) {
   return finish(rule, lists);
 }
 
-BuildResult build_whitelist(WhitelistEntry& entry, const Args& args) {
+Verdict parse_whitelist(WhitelistEntry& entry, const Args& args) {
   copy_text(entry.name, args[4]);
   entry.type = take_host_type(args.get(5), host_type_by_look(args[5]));
   ListWriter lists = ListWriter::behind(entry);
@@ -71,10 +67,9 @@ void set_wans(uint16_t (&wans)[256], char* list) {
   }
 }
 
-BuildResult build_mroute(MrouteRule& rule, const Args& args) {
+Verdict parse_mroute(MrouteRule& rule, const Args& args) {
   copy_text(rule.name, args[4]);
-  rule.log = args.number<uint8_t>(6);
-  rule.prio = args.number<uint16_t>(7);
+  args.take(6, rule.log, rule.prio);
   set_wans(rule.wans, args.get(8));
   rule.thd_type = args.number<uint8_t>(9);
   rule.no_change = args.number<uint8_t>(13);
@@ -88,54 +83,51 @@ BuildResult build_mroute(MrouteRule& rule, const Args& args) {
   return finish(rule, lists);
 }
 
-BuildResult build_filter(FilterRule& rule, const Args& args) {
+Verdict parse_filter(FilterRule& rule, const Args& args) {
   constexpr int kStatusNothingToFilter = 41;
-  copy_text(rule.name, args[4]);
-  rule.prio = args.number<uint16_t>(5);
-  rule.hi_type = args.number<uint8_t>(6);
-  rule.log = args.number<uint8_t>(7);
+  args.take(4, rule.name, rule.prio, rule.hi_type, rule.log);
   rule.act = action(args, 8);
   rule.gid = args.number<uint8_t>(9);
   ListWriter lists = ListWriter::behind(rule);
   rule.id_count = lists.add<NumberRange>(get_typeid_str, args[10]);
   if (!lists.fits()) return kTooLong;
-  return rule.gid == 0 && rule.id_count == 0 ? leave_silently(kStatusNothingToFilter) : kBuilt;
-}
-
-BuildResult build_name(RuleName& rule, const Args& args) {
-  copy_text(rule.name, args[4]);
-  return kBuilt;
+  return rule.gid == 0 && rule.id_count == 0 ? leave_with(kStatusNothingToFilter) : kAccepted;
 }
 
 // No name at all would clear every counter.
-BuildResult build_hit_name(RuleName& rule, const Args& args) {
-  return args.count() < 5 ? kTextAlone : build_name(rule, args);
-}
-
-BuildResult build_filter_name(FilterRule& rule, const Args& args) {
+bool parse_hit_name(RuleName& rule, const Args& args) {
   copy_text(rule.name, args[4]);
-  rule.gid = args.number<uint8_t>(5);
-  return kBuilt;
+  return args.count() >= 5;
 }
 
-BuildResult build_filter_list(FilterListRequest& request, const Args& args) {
-  request.gid = args.number<uint8_t>(4);
-  return kBuilt;
+bool parse_name(RuleName& rule, const Args& args) {
+  copy_text(rule.name, args[4]);
+  return true;
+}
+
+bool parse_filter_name(FilterRule& rule, const Args& args) {
+  args.take(4, rule.name, rule.gid);
+  return true;
+}
+
+bool parse_filter_list(FilterListRequest& request, const Args& args) {
+  args.take(4, request.gid);
+  return true;
 }
 
 constexpr const char* kDefaultWords[] = {"off", "accept", "drop"};  // 0, 1, 2
 
-BuildResult build_default(AccDefault& setting, const Args& args) {
+Verdict parse_default(AccDefault& setting, const Args& args) {
   for (const char* word : kDefaultWords) {
-    if (args.is(4, word)) return kBuilt;
+    if (args.is(4, word)) return kAccepted;
     ++setting.action;
   }
-  return leave_silently(kStatusRejected);
+  return leave_with(kStatusRejected);
 }
 
-BuildResult build_delete_all(MrouteRule& rule, const Args& args) {
-  rule.delall_which = args.number<uint8_t>(4);
-  return kBuilt;
+bool parse_delete_all(MrouteRule& rule, const Args& args) {
+  args.take(4, rule.delall_which);
+  return true;
 }
 
 // ---- Answers ----
@@ -188,7 +180,7 @@ void print_rule(AnswerCursor& answer, const AccRule& rule) {
         action_text(rule.act), rule.thd_type);
   print_type_ids(answer, rule.thd_count);
   if (rule.type == kRuleMac) {
-    print(" mac: %s", mac_text(rule.mac).chars);
+    print(" mac: %s", rule.mac);
   } else {
     print_hosts(answer, rule);
   }
@@ -259,64 +251,58 @@ void print_default(const AccDefault& setting) {
 
 // ---- Tables ----
 
+constexpr DirectStyle kUsageAlone = {.failure = DirectStyle::kUsageAlone};
+constexpr DirectStyle kHitStyle = {.failure = DirectStyle::kUsageAlone,
+                                   .failure_reason = kDirectList.failure_reason};
+
 constexpr const char* kHitDelText = "vek rule mroute hit_del/hit_delall name";
 
 // clang-format off
-constexpr DirectCommand kAcc[] = {
-    {"add", kAccAdd, 10240, "add NAME RPRI IPS ACT LOG THD_TYPE THD IPPORT", build_as<build_acc>, nullptr, 12},
-    {"del", kAccDel, 1024, "vek rule acc del name", build_as<build_name>, nullptr, 5},
-    {"delall", kAccDelAll, 1024, "vek rule acc delall", nullptr, nullptr},
-    {"list", kAccList, 102400, " vek rule acc list ", nullptr, print_as<print_list<AccRule>>, 0, kBlankReason},
-    {"defset", kAccDefaultSet, 1024, "vek rule acc defset act[off|accept|drop]", build_as<build_default>, nullptr, 5},
-    {"defget", kAccDefaultGet, 1024, "vek rule acc defget", nullptr, print_as<print_default>},
+constexpr SubCommand kAcc[] = {
+    direct("add", kModuleRule, kAccAdd, 10240, 12, "add NAME RPRI IPS ACT LOG THD_TYPE THD IPPORT", parse_as<parse_acc>, nullptr),
+    direct("del", kModuleRule, kAccDel, 1024, 5, "vek rule acc del name", parse_as<parse_name>, nullptr),
+    direct("delall", kModuleRule, kAccDelAll, 1024, 0, "vek rule acc delall", nullptr, nullptr),
+    direct("list", kModuleRule, kAccList, 102400, 0, " vek rule acc list ", nullptr, print_as<print_list<AccRule>>, kDirectList),
+    direct("defset", kModuleRule, kAccDefaultSet, 1024, 5, "vek rule acc defset act[off|accept|drop]", parse_as<parse_default>, nullptr),
+    direct("defget", kModuleRule, kAccDefaultGet, 1024, 0, "vek rule acc defget", nullptr, print_as<print_default>),
 };
 
-constexpr DirectCommand kWhitelist[] = {
-    {"add", kWhitelistAdd, 10240, "add name ips ipport", build_as<build_whitelist>, nullptr, 7},
-    {"del", kWhitelistDel, 1024, "vek rule whitelist del name", build_as<build_name>, nullptr, 5},
-    {"delall", kWhitelistDelAll, 1024, "vek rule acc delall", nullptr, nullptr},  // the third field tells them apart
-    {"list", kWhitelistList, 102400, " vek rule whitelist list ", nullptr, print_as<print_list<WhitelistEntry>>, 0, kBlankReason},
+constexpr SubCommand kWhitelist[] = {
+    direct("add", kModuleRule, kWhitelistAdd, 10240, 7, "add name ips ipport", parse_as<parse_whitelist>, nullptr),
+    direct("del", kModuleRule, kWhitelistDel, 1024, 5, "vek rule whitelist del name", parse_as<parse_name>, nullptr),
+    direct("delall", kModuleRule, kWhitelistDelAll, 1024, 0, "vek rule acc delall", nullptr, nullptr),  // the third field tells them apart
+    direct("list", kModuleRule, kWhitelistList, 102400, 0, " vek rule whitelist list ", nullptr, print_as<print_list<WhitelistEntry>>, kDirectList),
 };
 
-constexpr DirectCommand kMroute[] = {
-    {"add", kMrouteAdd, 20480, "vek rule mroute add name ip_duan log prio wans thd_type thd shibie_id ipport no_change", build_as<build_mroute>, nullptr, 14},
-    {"del", kMrouteDel, 102400, "vek rule mroute del name", build_as<build_name>, nullptr, 5, kTextInReport},
-    {"delall", kMrouteDelAll, 102400, "vek rule mroute delall", build_as<build_delete_all>, nullptr},
-    {"list", kMrouteList, 102400, " vek rule mroute list", nullptr, print_as<print_list<MrouteRule>>, 0, kBlankReason},
-    {"hit", kMrouteHit, 102400, " vek rule mroute hit", nullptr, print_as<print_hits>, 0, kBlankReason | kTextInReport},
-    {"hit_del", kMrouteHitDel, 102400, kHitDelText, build_as<build_hit_name>, nullptr, 0, kBlankReason},
-    {"hit_delall", kMrouteHitDel, 102400, kHitDelText, nullptr, nullptr, 0, kBlankReason},
+constexpr SubCommand kMroute[] = {
+    direct("add", kModuleRule, kMrouteAdd, 20480, 14, "vek rule mroute add name ip_duan log prio wans thd_type thd shibie_id ipport no_change", parse_as<parse_mroute>, nullptr),
+    direct("del", kModuleRule, kMrouteDel, 102400, 5, "vek rule mroute del name", parse_as<parse_name>, nullptr, kUsageAlone),
+    direct("delall", kModuleRule, kMrouteDelAll, 102400, 0, "vek rule mroute delall", parse_as<parse_delete_all>, nullptr),
+    direct("list", kModuleRule, kMrouteList, 102400, 0, " vek rule mroute list", nullptr, print_as<print_list<MrouteRule>>, kDirectList),
+    direct("hit", kModuleRule, kMrouteHit, 102400, 0, " vek rule mroute hit", nullptr, print_as<print_hits>, kHitStyle),
+    direct("hit_del", kModuleRule, kMrouteHitDel, 102400, 0, kHitDelText, parse_as<parse_hit_name>, nullptr, kDirectList),
+    direct("hit_delall", kModuleRule, kMrouteHitDel, 102400, 0, kHitDelText, nullptr, nullptr, kDirectList),
 };
 
-constexpr DirectCommand kFilter[] = {
-    {"add", kFilterAdd, 10240, "vek rule filter add  name prio hi_type log act gid  shibie_ids ", build_as<build_filter>, nullptr, 11},
-    {"del", kFilterDel, 1024, "vek rule filter del  name gid", build_as<build_filter_name>, nullptr, 6},
-    {"list", kFilterList, 102400, " vek rule filter list gid", build_as<build_filter_list>, print_as<print_filter_list>, 5, kBlankReason},
+constexpr SubCommand kFilter[] = {
+    direct("add", kModuleRule, kFilterAdd, 10240, 11, "vek rule filter add  name prio hi_type log act gid  shibie_ids ", parse_as<parse_filter>, nullptr),
+    direct("del", kModuleRule, kFilterDel, 1024, 6, "vek rule filter del  name gid", parse_as<parse_filter_name>, nullptr),
+    direct("list", kModuleRule, kFilterList, 102400, 5, " vek rule filter list gid", parse_as<parse_filter_list>, print_as<print_filter_list>, kDirectList),
 };
 
-constexpr struct {
-  std::string_view word;
-  std::span<const DirectCommand> table;
-  const char* usage;
-} kFamilies[] = {
-    {"acc", kAcc, "vek rule acc add/del/list/defset/defget\n"},
-    {"whitelist", kWhitelist, "vek rule whitelist add/del/list\n"},
-    {"mroute", kMroute, "vek rule mroute add/del/list/hit/hit_del/hit_delall\n"},
-    {"filter", kFilter, " vek rule filter add/del/list \n"},
+constexpr SubCommand kRule[] = {
+    group("acc", kAcc, "vek rule acc add/del/list/defset/defget\n"),
+    group("whitelist", kWhitelist, "vek rule whitelist add/del/list\n"),
+    group("mroute", kMroute, "vek rule mroute add/del/list/hit/hit_del/hit_delall\n"),
+    group("filter", kFilter, " vek rule filter add/del/list \n"),
 };
 // clang-format on
 
 }  // namespace
 
+// A word that is no table of rules is no sub-command of any, and nothing is said of it.
 int cmd_rule(int argc, char** argv, const CommandEntry* entry) {
   const Args args(argc, argv);
-  if (args.count() < 3) return print_usage(entry);
-  for (const auto& family : kFamilies) {
-    if (!args.is(2, family.word)) continue;
-    const DirectCommand* const row = args.count() < 4 ? nullptr : find_direct(family.table, args[3]);
-    if (row != nullptr) return run_direct(kModuleRule, *row, argc, argv);
-    print_error("%s", family.usage);
-    return kStatusRejected;
-  }
-  return kStatusRejected;
+  const bool is_unknown = args.count() > 2 && find_sub_command(kRule, args, 2) == nullptr;
+  return is_unknown ? kStatusRejected : run_sub_command({kRule}, args, entry);
 }

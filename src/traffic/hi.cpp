@@ -3,32 +3,20 @@
 #include <arpa/inet.h>
 #include <unistd.h>
 
-#include <bit>
-
-#include "args/address_text.h"
-#include "args/bits_text.h"
 #include "args/print.h"
-#include "main/handlers.h"
+#include "order/exchange.h"
 #include "order/order.h"
 #include "platform/line.h"
-#include "platform/order.h"
 #include "platform/snmp.h"
 #include "records/host.h"
+#include "traffic/commands.h"
 
 namespace {
 
-bool parse_host(HostKey& key, const Args& args) {
-  return args.count() >= 4 && StrToIpaddr(args[3], key.ip) != 0;
-}
-
-// A missing word is no error: callers reset the ageing time with it.
-bool parse_minutes(HostAgeing& ageing, const Args& args) {
-  ageing.minutes = args.number(3);
-  return true;
-}
+bool parse_host(HostKey& key, const Args& args) { return args.read(3, key.ip); }
 
 bool parse_redirect(HostRedirect& redirect, const Args& args) {
-  if (args.count() < 5 || StrToIpaddr(args[4], redirect.ip) == 0) return false;
+  if (!args.read(4, redirect.ip)) return false;
   if (args.is(3, "get")) return true;
   if (args.count() < 6) return false;
   redirect.set = 1;
@@ -70,16 +58,15 @@ void print_host(const HostEntry& host) {
       "  local_mac:%s real_mac:%s auto_jb:%d typeid:%d vlanid:%d\n"
       "  sp[up]:%luK/s sp[down]:%luK/s creat_tm:%lu  last_tm:%lu del_tm:%lu\n"
       "  pc_flag:%d, sys_type:%d, user_agent:%s\n",
-      ipaddr_text(host.ip).chars, ip_text(host.arp_ip).chars, ip_text(host.local_ip).chars, host.hostname,
-      host.device_name, mac_text(host.local_mac).chars, mac_text(host.real_mac).chars, host.auto_jb,
-      host.typeid_, host.vlanid, host.sp_up >> 10, host.sp_down >> 10, host.creat_tm, host.last_tm,
-      host.del_tm, host.pc_flag, host.sys_type, host.user_agent);
+      host.ip, host.arp_ip, host.local_ip, host.hostname, host.device_name, host.local_mac, host.real_mac,
+      host.auto_jb, host.typeid_, host.vlanid, host.sp_up >> 10, host.sp_down >> 10, host.creat_tm,
+      host.last_tm, host.del_tm, host.pc_flag, host.sys_type, host.user_agent);
   print_counters(host);
   print(
       "  flag:%lu[%s]  third[%d,%d,%d] %s:%s\n"
       "  speed_limit:%d|%d devname:%s\n"
       "  tmp_speed_limit:%d|%d",
-      host.flag, bits_text(host.flag, 32).chars, host.third0, host.third1, host.third2,
+      host.flag.value, host.flag, host.third0, host.third1, host.third2,
       host.portal != 0 ? "orsal_token" : "redirt_url", host.portal_text, host.speed_limit_up,
       host.speed_limit_down, host.devname, host.tmp_speed_limit_up, host.tmp_speed_limit_down);
   print_login(host);
@@ -100,9 +87,8 @@ void print_ai_host(const HostAiEntry& entry) {
       "  local_mac:%s real_mac:%s auto_jb:%d typeid:%d\n"
       "  sp[up]:%luK/s sp[down]:%luK/s creat_tm:%lu  last_tm:%lu del_tm:%lu\n"
       "  pc_flag:%d, sys_type:%d, user_agent:%s\n",
-      ipaddr_text(host.ip).chars, ip_text(host.arp_ip).chars, ip_text(host.local_ip).chars, host.hostname,
-      host.device_name, host.devname, entry.in_devname, mac_text(host.local_mac).chars,
-      mac_text(host.real_mac).chars, host.auto_jb, host.typeid_, host.sp_up >> 10, host.sp_down >> 10,
+      host.ip, host.arp_ip, host.local_ip, host.hostname, host.device_name, host.devname, entry.in_devname,
+      host.local_mac, host.real_mac, host.auto_jb, host.typeid_, host.sp_up >> 10, host.sp_down >> 10,
       host.creat_tm, host.last_tm, host.del_tm, host.pc_flag, host.sys_type, host.user_agent);
   print_counters(host);
   print_login(host);
@@ -135,10 +121,10 @@ void print_connections(const Answer& answer) {
       count);
   for (const HostConnection& connection : answer.entries<HostConnection>(kConnectionEntriesOffset, count)) {
     print("%d\t%d\t%s\t%d\t%08x \t%lu\t%u\t%u\t%u\t%u\t%u\t%u\t%u\t%u\t%s\n", connection.protocol,
-          ntohs(connection.in_port), ipaddr_text(connection.far_ip).chars, ntohs(connection.far_port),
-          connection.id, std::bit_cast<uint64_t>(connection.tm), connection.packets_up,
-          connection.packets_down, connection.s_up >> 10, connection.s_down >> 10, connection.sz_up >> 10,
-          connection.sz_down >> 10, connection.z_up >> 10, connection.z_down >> 10, connection.name);
+          ntohs(connection.in_port.value), connection.far_ip, ntohs(connection.far_port.value), connection.id,
+          connection.tm.value(), connection.packets_up, connection.packets_down, connection.s_up >> 10,
+          connection.s_down >> 10, connection.sz_up >> 10, connection.sz_down >> 10, connection.z_up >> 10,
+          connection.z_down >> 10, connection.name);
   }
   print("\n");
 }
@@ -146,14 +132,12 @@ void print_connections(const Answer& answer) {
 void print_third_list(const Answer& answer) {
   print("num:%d\n", answer.get<uint32_t>(kListCountOffset));
   for (const ThirdEntry& entry : list_of<ThirdEntry>(answer)) {
-    print("ip:%s, mac:%s, creat_tm:%lu, clt_installed:%d, device_type:%d\n\n", ipaddr_text(entry.ip).chars,
-          mac_text(entry.mac).chars, entry.creat_tm, entry.clt_installed, entry.device_type);
+    print("ip:%s, mac:%s, creat_tm:%lu, clt_installed:%d, device_type:%d\n\n", entry.ip, entry.mac,
+          entry.creat_tm, entry.clt_installed, entry.device_type);
   }
 }
 
-void print_redirect(const HostRedirect& redirect) {
-  print("ip:%s,flag:%d\n", ipaddr_text(redirect.ip).chars, redirect.flag);
-}
+void print_redirect(const HostRedirect& redirect) { print("ip:%s,flag:%d\n", redirect.ip, redirect.flag); }
 
 // Reads a setting into a buffer of its own: the library keeps only the last one it gave out. A setting that
 // is missing reads as the empty text.
@@ -163,21 +147,25 @@ void read_setting(char (&value)[N], const char* key) {
   copy_text(value, found == nullptr ? "" : found);
 }
 
+// Tells the kernel modules what a host's real MAC address is.
+bool set_real_mac(const IpAddress& ip, const Mac& mac) {
+  Exchange exchange(kModuleHost, kHostSetMac, 512);
+  *static_cast<HostMac*>(exchange.payload()) = {ip, mac};
+  return exchange.send() && exchange.result() == 0;
+}
+
 // Of the reports, only those that hold a MAC address end their line: readers take a line for an answer.
-void scan_host(const HostEntry& host, const char* community, const char* peer) {
-  const AddressText ip = ipaddr_text(host.ip);
-  uint8_t mac[6] = {};
-  if (snmp_get_mac_by_ipstr(community, peer, ip.chars, mac) != 0) {
-    print("IP[%s] snmp find MAC error!", ip.chars);
+void scan_host(const IpAddress& ip, const char* community, const char* peer) {
+  char ip_text[kFieldRoom];
+  Mac mac = {};
+  if (snmp_get_mac_by_ipstr(community, peer, text_of(ip, ip_text), &mac) != 0) {
+    print("IP[%s] snmp find MAC error!", ip);
     return;
   }
-  HostMacRecord record = {};
-  record.header = {.module = kModuleHost, .length = sizeof record, .result = 0, .command = kHostSetMac};
-  memcpy(record.found.ip, host.ip, sizeof host.ip);
-  memcpy(record.found.mac, mac, sizeof mac);
-  const bool is_set = tesvel_order_opt_fun(&record, sizeof record) == 0 && record.header.result == 0;
-  print("IP[%s] %s[%02X %02X %02X %02X %02X %02X] set %s!\n", ip.chars, is_set ? "<===> realMAC" : "real MAC",
-        mac[0], mac[1], mac[2], mac[3], mac[4], mac[5], is_set ? "success" : "error");
+  const bool is_set = set_real_mac(ip, mac);
+  print("IP[%s] %s[%02X %02X %02X %02X %02X %02X] set %s!\n", ip, is_set ? "<===> realMAC" : "real MAC",
+        mac.bytes[0], mac.bytes[1], mac.bytes[2], mac.bytes[3], mac.bytes[4], mac.bytes[5],
+        is_set ? "success" : "error");
 }
 
 void scan(const Answer& answer) {
@@ -195,22 +183,23 @@ void scan(const Answer& answer) {
     return;
   }
   for (const HostEntry& host : list_of<HostEntry>(answer)) {
-    if (host.no_snmp == 0) scan_host(host, community, peer);
+    if (host.no_snmp == 0) scan_host(host.ip, community, peer);
   }
 }
 
 // clang-format off
 constexpr SubCommand kHi[] = {
-    {"list", kHostList, 0x400000, 0x3ffc00, " ", nullptr, print_as<print_list>},
-    {"runinfo", kHostRunInfo, 20480, sizeof(HostRunInfo), " ", nullptr, print_as<print_run_info>},
-    {"ct", kHostConnections, 204800, 204000, "ip", parse_as<parse_host>, print_as<print_connections>},
-    {"set_ageing", kHostSetAgeing, 1024, sizeof(HostAgeing), "set_ageing minutes", parse_as<parse_minutes>, nullptr},
-    {"set_ageing3", kHostSetAgeing3, 1024, sizeof(HostAgeing), "set_ageing3 minutes", parse_as<parse_minutes>, nullptr},
-    {"third_list", kHostThirdList, 0x400000, 0x3ffc00, " ", nullptr, print_as<print_third_list>},
-    {"redirct_flag", kHostRedirect, 0x400000, 0x3ffc00, "set/get ip flag", parse_as<parse_redirect>, print_as<print_redirect>},
-    {"ws_list", kHostWsList, 0x400000, 0x3ffc00, " ", nullptr, print_as<print_list>},
-    {"snmpscan", kHostSnmpScan, 0x400000, 0x3ffc00, " ", nullptr, print_as<scan>},
-    {"ai_list", kHostAiList, 0x400000, 0x3ffc00, " ", nullptr, print_as<print_ai_list>},
+    {"list", kModuleHost, kHostList, 0x400000, 0x3ffc00, 0, " ", nullptr, print_as<print_list>},
+    {"runinfo", kModuleHost, kHostRunInfo, 20480, sizeof(HostRunInfo), 0, " ", nullptr, print_as<print_run_info>},
+    {"ct", kModuleHost, kHostConnections, 204800, 204000, 4, "ip", parse_as<parse_host>, print_as<print_connections>},
+    // A missing word is no error: callers reset the ageing time with it.
+    {"set_ageing", kModuleHost, kHostSetAgeing, 1024, sizeof(HostAgeing), 0, "set_ageing minutes", parse_words<&HostAgeing::minutes>, nullptr},
+    {"set_ageing3", kModuleHost, kHostSetAgeing3, 1024, sizeof(HostAgeing), 0, "set_ageing3 minutes", parse_words<&HostAgeing::minutes>, nullptr},
+    {"third_list", kModuleHost, kHostThirdList, 0x400000, 0x3ffc00, 0, " ", nullptr, print_as<print_third_list>},
+    {"redirct_flag", kModuleHost, kHostRedirect, 0x400000, 0x3ffc00, 5, "set/get ip flag", parse_as<parse_redirect>, print_as<print_redirect>},
+    {"ws_list", kModuleHost, kHostWsList, 0x400000, 0x3ffc00, 0, " ", nullptr, print_as<print_list>},
+    {"snmpscan", kModuleHost, kHostSnmpScan, 0x400000, 0x3ffc00, 0, " ", nullptr, print_as<scan>},
+    {"ai_list", kModuleHost, kHostAiList, 0x400000, 0x3ffc00, 0, " ", nullptr, print_as<print_ai_list>},
 };
 // clang-format on
 
@@ -227,5 +216,5 @@ void test_list(int argc, char** argv) {
 
 int cmd_hi(int argc, char** argv, const CommandEntry* entry) {
   if (Args(argc, argv).is(2, "list_test")) test_list(argc, argv);
-  return run_sub_command(kModuleHost, kHi, argc, argv, entry);
+  return run_sub_command(kHi, argc, argv, entry);
 }

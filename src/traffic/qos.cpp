@@ -5,12 +5,11 @@
 
 #include <cstdlib>
 
-#include "args/address_text.h"
 #include "args/print.h"
-#include "main/handlers.h"
 #include "order/order.h"
 #include "platform/line.h"
 #include "platform/nvram.h"
+#include "traffic/commands.h"
 
 namespace {
 
@@ -20,27 +19,15 @@ bool is_set(const Args& args) { return args.is(3, "set"); }
 
 // The words name the buffers of all before those of one connection; the record has them the other way round.
 bool parse_settings(QosDevSettings& settings, const Args& args) {
-  if (args.count() < 4) return false;
   copy_text(settings.dev, args[3]);
-  if (args.is(2, "get")) return true;
-  if (args.count() < 5) return false;
   if (args.is(4, "off")) return true;
   if (!args.is(4, "on") || args.count() < 15) return false;
   settings.en = 1;
   if (!args.is(5, "hi") && !args.is(5, "type")) return false;
   settings.type = args.is(5, "type") ? 1 : 0;
-  settings.up = args.number(6);
-  settings.down = args.number(7);
-  settings.up_fast = args.number<uint16_t>(8);
-  settings.down_fast = args.number<uint16_t>(9);
-  settings.up_skb = args.number<uint16_t>(10);
-  settings.down_skb = args.number<uint16_t>(11);
-  settings.up_ctskb = args.number<uint16_t>(12);
-  settings.down_ctskb = args.number<uint16_t>(13);
-  settings.ge_tm = args.number<uint16_t>(14);
-  settings.tcpwin = args.number<uint16_t>(15);  // this and the next two may be absent
-  settings.hi_up = args.number(16);
-  settings.hi_down = args.number(17);
+  args.take(6, settings.up, settings.down, settings.up_fast, settings.down_fast, settings.up_skb,
+            settings.down_skb, settings.up_ctskb, settings.down_ctskb, settings.ge_tm);
+  args.take(15, settings.tcpwin, settings.hi_up, settings.hi_down);  // these may be absent
   return true;
 }
 
@@ -56,13 +43,10 @@ void print_settings(const QosDevSettings& settings) {
 
 // Shapes a device to two rates, all else as it does for most.
 bool parse_speed(QosDevSettings& settings, const Args& args) {
-  if (args.count() < 6) return false;
-  copy_text(settings.dev, args[3]);
+  args.take(3, settings.dev, settings.up, settings.down);
   settings.en = 1;
   settings.ge_tm = 4;
   settings.tcpwin = 1500;
-  settings.up = args.number(4);
-  settings.down = args.number(5);
   settings.up_fast = 75;
   settings.down_fast = 85;
   settings.up_ctskb = 5;
@@ -76,7 +60,6 @@ bool parse_speed(QosDevSettings& settings, const Args& args) {
 
 // Prints before the request is sent, so that what was asked for stands above any report.
 bool parse_state(QosDevStats& stats, const Args& args) {
-  if (args.count() < 4) return false;
   copy_text(stats.dev, args[3]);
   stats.iptype = static_cast<uint8_t>(atoi(args[4]));
   print("dev:%s, iptype:%d\n", stats.dev, stats.iptype);
@@ -101,13 +84,11 @@ void print_stats(const QosDevStats& stats) {
 }
 
 bool parse_no_queue(QosNoQueue& no_queue, const Args& args) {
-  if (args.count() < 4) return false;
   copy_text(no_queue.dev, args[4]);
   if (!is_set(args)) return true;
   if (args.count() < 7) return false;
   no_queue.is_set = 1;
-  no_queue.up = args.number(5);
-  no_queue.down = args.number(6);
+  args.take(5, no_queue.up, no_queue.down);
   return true;
 }
 
@@ -118,18 +99,9 @@ void print_no_queue(const QosNoQueue& no_queue) {
 // Global limits.
 
 bool parse_ext(QosExtSettings& settings, const Args& args) {
-  if (args.count() < 14) return false;
-  settings.hi_up = args.number(3);
-  settings.hi_down = args.number(4);
-  settings.ct_num1 = args.number(5);
-  settings.ct_num2 = args.number(6);
-  settings.tcpwin = args.number(7);
-  settings.ct_udp_num1 = args.number(8);
-  settings.ct_udp_num2 = args.number(9);
-  settings.hi_wait_tm = args.number(10);
-  settings.ct_wait_tm = args.number(11);
-  settings.sqos_limit_num = args.number(12);
-  settings.sqos_ct_limit_num = args.number(13);
+  args.take(3, settings.hi_up, settings.hi_down, settings.ct_num1, settings.ct_num2, settings.tcpwin,
+            settings.ct_udp_num1, settings.ct_udp_num2, settings.hi_wait_tm, settings.ct_wait_tm,
+            settings.sqos_limit_num, settings.sqos_ct_limit_num);
   return true;
 }
 
@@ -142,14 +114,7 @@ void print_ext(const QosExtSettings& settings) {
       settings.sqos_limit_num, settings.sqos_ct_limit_num);
 }
 
-bool parse_level(QosLevel& level, const Args& args) {
-  if (args.count() < 4) return false;
-  level.level = args.number(3);
-  return true;
-}
-
 bool parse_vpn_limit(QosVpnLimit& vpn, const Args& args) {
-  if (args.count() < 4) return false;
   if (!is_set(args)) return true;
   if (args.count() < 5) return false;
   vpn.is_set = 1;
@@ -162,20 +127,17 @@ void print_vpn_limit(const QosVpnLimit& vpn) {
 }
 
 bool parse_single_ct(QosSingleCt& single, const Args& args) {
-  if (args.count() < 5) return false;
   single.iface = args.number(4);
   if (!is_set(args)) return true;
   if (args.count() < 7) return false;
   single.is_set = 1;
-  single.up = args.number(5);
-  single.down = args.number(6);
+  args.take(5, single.up, single.down);
   return true;
 }
 
 void print_single_ct(const QosSingleCt& single) { print("up:%d,down:%d\n", single.up, single.down); }
 
 bool parse_speed_limit(QosSpeedLimit& limit, const Args& args) {
-  if (args.count() < 4) return false;
   if (!is_set(args)) return true;
   if (!args.is(4, "on") && !args.is(4, "off")) return false;
   limit.is_set = 1;
@@ -194,7 +156,6 @@ constexpr struct {
 } kLevels[] = {{"H", 1}, {"N", 0}, {"L", 2}};
 
 bool parse_queue_wait(QueueWaitMatrix& matrix, const Args& args) {
-  if (args.count() < 4) return false;
   if (!is_set(args)) return true;
   if (args.count() < 13) return false;
   matrix.is_set = 1;
@@ -216,7 +177,6 @@ void print_queue_wait(const QueueWaitMatrix& matrix) {
 // Speed values by line. The index is not held to the table, but never leads out of the record.
 
 bool parse_speed_values(QosSpeedValues& speed, const Args& args) {
-  if (args.count() < 4) return false;
   if (!is_set(args)) return true;
   if (args.count() < 5) return false;
   speed.is_set = 1;
@@ -227,7 +187,6 @@ bool parse_speed_values(QosSpeedValues& speed, const Args& args) {
 int parse_line_speed_value(void* payload, int argc, char** argv) {
   const Args args(argc, argv);
   auto& speed = *static_cast<QosSpeedValues*>(payload);
-  if (args.count() < 5) return 0;
   speed.line = args.number(4);
   if (!is_set(args)) return 1;
   if (args.count() < 6) return 0;
@@ -256,7 +215,6 @@ const char* line_device(uint32_t line) {
 }
 
 bool parse_line(SkbReport& report, const Args& args) {
-  if (args.count() < 4) return false;
   const char* const dev = line_device(args.number(3));
   if (dev == nullptr || *dev == '\0') {
     print("not iface name\n");
@@ -290,7 +248,7 @@ void print_skb(const Answer& answer) {
   const auto hosts = answer.entries<SkbHost>(sizeof report, report.count);
   print_skb_check(report, hosts);
   for (const SkbHost& host : hosts) {
-    print("%08x [ %d , %d ][ %d , %d ] [ %d , %d ] [%d,%d]  %d [%x,%x][%x,%x]\n", ntohl(host.ip),
+    print("%08x [ %d , %d ][ %d , %d ] [ %d , %d ] [%d,%d]  %d [%x,%x][%x,%x]\n", ntohl(host.ip.value),
           host.ct_skb[0], host.ct_skb[1], host.hi_skb[0], host.hi_skb[1], host.hi_udp_skb[0],
           host.hi_udp_skb[1], host.dev_prio, host.hi_prio, host.is_udp, host.ct_err[0], host.ct_err[1],
           host.hi_err[0], host.hi_err[1]);
@@ -311,9 +269,7 @@ void print_devices(const Answer& answer) {
 void print_ip_rules(const Answer& answer) {
   print("num: %d\n", answer.get<int32_t>(kListCountOffset));
   for (const QosIpRule& rule : answer.list<QosIpRule>()) {
-    AddressText ip;
-    IpaddrToStr(ip.chars, rule.ip);
-    print("ip:%s up:%uKB down:%uKB max_up:%u max_down:%u\n", ip.chars, rule.up, rule.down, rule.max_up,
+    print("ip:%s up:%uKB down:%uKB max_up:%u max_down:%u\n", rule.ip, rule.up, rule.down, rule.max_up,
           rule.max_down);
   }
 }
@@ -326,30 +282,30 @@ constexpr const char* kExtUsage =
 
 // clang-format off
 constexpr SubCommand kQos[] = {
-    {"set", kQosSet, 1024, sizeof(QosDevSettings), kSetUsage, parse_as<parse_settings>, nullptr},
-    {"speed_set", kQosSet, 1024, sizeof(QosDevSettings), "dev up down", parse_as<parse_speed>, nullptr},
-    {"get", kQosGet, 1024, sizeof(QosDevSettings), "dev", parse_as<parse_settings>, print_as<print_settings>},
-    {"state", kQosState, 2048, sizeof(QosDevStats), "dev", parse_as<parse_state>, print_as<print_stats>},
-    {"debug", kQosDebug, 1024, 1024, "", nullptr, nullptr},
-    {"ext_set", kQosExtSet, 1024, sizeof(QosExtSettings), kExtUsage, parse_as<parse_ext>, nullptr},
-    {"ext_get", kQosExtGet, 1024, sizeof(QosExtSettings), " ", nullptr, print_as<print_ext>},
-    {"level", kQosLevel, 1024, sizeof(QosLevel), "level", parse_as<parse_level>, nullptr},
-    {"skb", kQosSkb, 204800, 204600, "waniface", parse_as<parse_line>, print_as<print_skb>},
-    {"devinfo", kQosDevInfo, 204800, 204600, "waniface", nullptr, print_as<print_devices>},
-    {"ggvpn", kQosVpnLimit, 1024, sizeof(QosVpnLimit), "set/get limit", parse_as<parse_vpn_limit>, print_as<print_vpn_limit>},
-    {"single_ct", kQosSingleCt, 1024, sizeof(QosSingleCt), "set/get iface up down", parse_as<parse_single_ct>, print_as<print_single_ct>},
-    {"sb_tj_init", kQosStatisticsInit, 1024, 0, "", nullptr, nullptr},
-    {"ip_rule_list", kQosIpRuleList, 102400, 102400, "", nullptr, print_as<print_ip_rules>},
-    {"speed_limit", kQosSpeedLimit, 1024, sizeof(QosSpeedLimit), "set/get on/off", parse_as<parse_speed_limit>, print_as<print_speed_limit>},
-    {"queue_wait", kQosQueueWait, 1024, sizeof(QueueWaitMatrix), "set/get H/H H/N H/L N/H N/N N/L L/H L/N L/L", parse_as<parse_queue_wait>, print_as<print_queue_wait>},
-    {"ws_sp_val", kQosSpeedValue, 102400, sizeof(QosSpeedValues), "set/get [0-99]", parse_as<parse_speed_values>, print_as<print_speed_value>},
-    {"noqueue_sp_val", kQosNoQueue, 1024, sizeof(QosNoQueue), "set/get devname [up 0-99] [down 0-99]", parse_as<parse_no_queue>, print_as<print_no_queue>},
-    {"ws_sp_wan_val", kQosLineSpeedValue, 102400, sizeof(QosSpeedValues), "set/get wanid [0-99]", parse_line_speed_value, print_as<print_speed_value>},
+    {"set", kModuleQos, kQosSet, 1024, sizeof(QosDevSettings), 5, kSetUsage, parse_as<parse_settings>, nullptr},
+    {"speed_set", kModuleQos, kQosSet, 1024, sizeof(QosDevSettings), 6, "dev up down", parse_as<parse_speed>, nullptr},
+    {"get", kModuleQos, kQosGet, 1024, sizeof(QosDevSettings), 4, "dev", parse_words<&QosDevSettings::dev>, print_as<print_settings>},
+    {"state", kModuleQos, kQosState, 2048, sizeof(QosDevStats), 4, "dev", parse_as<parse_state>, print_as<print_stats>},
+    {"debug", kModuleQos, kQosDebug, 1024, 1024, 0, "", nullptr, nullptr},
+    {"ext_set", kModuleQos, kQosExtSet, 1024, sizeof(QosExtSettings), 14, kExtUsage, parse_as<parse_ext>, nullptr},
+    {"ext_get", kModuleQos, kQosExtGet, 1024, sizeof(QosExtSettings), 0, " ", nullptr, print_as<print_ext>},
+    {"level", kModuleQos, kQosLevel, 1024, sizeof(QosLevel), 4, "level", parse_words<&QosLevel::level>, nullptr},
+    {"skb", kModuleQos, kQosSkb, 204800, 204600, 4, "waniface", parse_as<parse_line>, print_as<print_skb>},
+    {"devinfo", kModuleQos, kQosDevInfo, 204800, 204600, 0, "waniface", nullptr, print_as<print_devices>},
+    {"ggvpn", kModuleQos, kQosVpnLimit, 1024, sizeof(QosVpnLimit), 4, "set/get limit", parse_as<parse_vpn_limit>, print_as<print_vpn_limit>},
+    {"single_ct", kModuleQos, kQosSingleCt, 1024, sizeof(QosSingleCt), 5, "set/get iface up down", parse_as<parse_single_ct>, print_as<print_single_ct>},
+    {"sb_tj_init", kModuleQos, kQosStatisticsInit, 1024, 0, 0, "", nullptr, nullptr},
+    {"ip_rule_list", kModuleQos, kQosIpRuleList, 102400, 102400, 0, "", nullptr, print_as<print_ip_rules>},
+    {"speed_limit", kModuleQos, kQosSpeedLimit, 1024, sizeof(QosSpeedLimit), 4, "set/get on/off", parse_as<parse_speed_limit>, print_as<print_speed_limit>},
+    {"queue_wait", kModuleQos, kQosQueueWait, 1024, sizeof(QueueWaitMatrix), 4, "set/get H/H H/N H/L N/H N/N N/L L/H L/N L/L", parse_as<parse_queue_wait>, print_as<print_queue_wait>},
+    {"ws_sp_val", kModuleQos, kQosSpeedValue, 102400, sizeof(QosSpeedValues), 4, "set/get [0-99]", parse_as<parse_speed_values>, print_as<print_speed_value>},
+    {"noqueue_sp_val", kModuleQos, kQosNoQueue, 1024, sizeof(QosNoQueue), 4, "set/get devname [up 0-99] [down 0-99]", parse_as<parse_no_queue>, print_as<print_no_queue>},
+    {"ws_sp_wan_val", kModuleQos, kQosLineSpeedValue, 102400, sizeof(QosSpeedValues), 5, "set/get wanid [0-99]", parse_line_speed_value, print_as<print_speed_value>},
 };
 // clang-format on
 
 }  // namespace
 
 int cmd_qos(int argc, char** argv, const CommandEntry* entry) {
-  return run_sub_command(kModuleQos, kQos, argc, argv, entry);
+  return run_sub_command(kQos, argc, argv, entry);
 }

@@ -13,7 +13,7 @@
 #include <memory>
 #include <vector>
 
-#include "order/command.h"
+#include "main/command_table.h"
 #include "platform/order.h"
 #include "script.h"
 

@@ -56,7 +56,7 @@ int write_text(char* buffer, uint32_t room, std::string_view text) {
 // A host by its IP address, its MAC address, or both; zero where it is not known by one of them.
 struct HostKey {
   uint32_t ip = 0;  // as a number
-  uint8_t mac[6] = {};
+  Mac mac = {};
 };
 
 void read_ip(HostKey& host, const char* text) {
@@ -65,7 +65,7 @@ void read_ip(HostKey& host, const char* text) {
 }
 
 void read_mac(HostKey& host, const char* text) {
-  if (StrToMac(text, host.mac) != 0 || !is_host_mac(host.mac)) throw Refusal{kBadAddress};
+  if (StrToMac(text, &host.mac) != 0 || !is_host_mac(host.mac)) throw Refusal{kBadAddress};
 }
 
 HostKey by_ip(const char* ip) {
@@ -91,9 +91,9 @@ std::string ip_text(uint32_t ip) {
   return IpToStr(text, htonl(ip));
 }
 
-std::string mac_text(const uint8_t (&mac)[6]) {
+std::string mac_text(const Mac& mac) {
   char text[18];
-  return MacToStr(text, mac);
+  return MacToStr(text, &mac);
 }
 
 // ---- Lists ----
@@ -108,7 +108,7 @@ constexpr std::string_view kBlackMac = "black mac";
 // Each value has one form only, so that it is in its list once. A malformed one is the empty text.
 std::string mac_value(const char* text) {
   HostKey host;
-  const bool is_good = StrToMac(text, host.mac) == 0 && is_host_mac(host.mac);
+  const bool is_good = StrToMac(text, &host.mac) == 0 && is_host_mac(host.mac);
   return is_good ? mac_text(host.mac) : "";
 }
 

@@ -1,6 +1,4 @@
 // The accounts of a scenario: their traffic, when they expire, and the hosts that they have logged in.
-#include <arpa/inet.h>
-
 #include <optional>
 
 #include "lab/give_order.h"
@@ -11,68 +9,56 @@
 namespace {
 
 struct Account {
-  UserRecord user;
+  UserRequest user;
   uint8_t web;
   uint8_t pppoe;
   uint64_t up_bytes;
   uint64_t down_bytes;
-};
 
-constexpr Field kAccountFields[] = {
-    {"name", AT(UserRecord, name), Field::kText, true},
-    {"pwd", AT(UserRecord, pwd), Field::kText},
-    {"mem", AT(UserRecord, mem), Field::kText},
-    {"gid", AT(UserRecord, gid), Field::kNumber},
-    {"max", AT(UserRecord, max), Field::kNumber},
-    {"up_speed", AT(UserRecord, up_speed), Field::kNumber},
-    {"down_speed", AT(UserRecord, down_speed), Field::kNumber},
-    {"web", AT(Account, web), Field::kNumber},
-    {"pppoe", AT(Account, pppoe), Field::kNumber},
-    {"ddate", AT(UserRecord, ddate), Field::kNumber},
-    {"up_bytes", AT(Account, up_bytes), Field::kNumber},
-    {"down_bytes", AT(Account, down_bytes), Field::kNumber},
+  static constexpr void each_field(auto& r, auto&& field) {
+    field("name", r.user.name), field("pwd", r.user.pwd), field("mem", r.user.mem), field("gid", r.user.gid),
+        field("max", r.user.max), field("up_speed", r.user.up_speed), field("down_speed", r.user.down_speed),
+        field("ddate", r.user.ddate), field("web", r.web), field("pppoe", r.pppoe),
+        field("up_bytes", r.up_bytes), field("down_bytes", r.down_bytes);
+  }
 };
-static_assert(offsetof(Account, user) == 0);
 
 struct Session {
-  uint32_t ip;
-  uint8_t mac[6];
+  Ip4 ip;
+  Mac mac;
   uint8_t pppoe;
   uint64_t up;
   uint64_t down;
   uint64_t send;
   uint64_t recv;
-};
 
-constexpr Field kSessionFields[] = {
-    {"ip", AT(Session, ip), Field::kIp4, true},    {"mac", AT(Session, mac), Field::kMac},
-    {"pppoe", AT(Session, pppoe), Field::kNumber}, {"up", AT(Session, up), Field::kNumber},
-    {"down", AT(Session, down), Field::kNumber},   {"send", AT(Session, send), Field::kNumber},
-    {"recv", AT(Session, recv), Field::kNumber},
+  static constexpr void each_field(auto& r, auto&& field) {
+    field("ip", r.ip), field("mac", r.mac), field("pppoe", r.pppoe), field("up", r.up), field("down", r.down),
+        field("send", r.send), field("recv", r.recv);
+  }
 };
 
 // It lasts until it is ended.
 void load_session(Store& store, const Node& node, std::string_view account) {
   Session session = {};
-  read_fields(node, kSessionFields, &session);
-  const uint32_t ip = ntohl(session.ip);
-  if (store.number("SELECT count(*) FROM online WHERE ip = ?1 OR (?2 <> zeroblob(6) AND mac = ?2)", ip,
-                   session.mac) != 0) {
+  read_record(node, session, {"ip"});
+  if (store.number("SELECT count(*) FROM online WHERE ip = ?1 OR (?2 <> zeroblob(6) AND mac = ?2)",
+                   session.ip, session.mac) != 0) {
     node.fail("the host is logged in already");
   }
   store.execute(
       "INSERT INTO session (userid, service, ip, mac, until, up, down, send, recv) VALUES"
-      "  ((SELECT userid FROM account WHERE name = ?), ?, ?, ?, 0x7fffffffffffffff, ?, ?, ?, ?)",
-      account, session.pppoe != 0 ? kUserPppoe : kUserWeb, ip, session.mac, session.up, session.down,
-      session.send, session.recv);
+      "  ((SELECT userid FROM account WHERE name = :account), :service, :ip, :mac, 0x7fffffffffffffff, :up,"
+      "   :down, :send, :recv)",
+      Column{"account", account}, Column{"service", session.pppoe != 0 ? kUserPppoe : kUserWeb}, session);
 }
 
 // An account that is there keeps what it was added with.
 void load_account(Store& store, const Node& node) {
   Account account = {};
-  UserRecord& user = account.user;
+  UserRequest& user = account.user;
   std::optional<Node> sessions;
-  read_fields(node, kAccountFields, &account, [&sessions](const std::string& name, const Node& value) {
+  read_record(node, account, {"name"}, [&sessions](const std::string& name, const Node& value) {
     if (name != "sessions") return false;
     sessions.emplace(value);
     return true;

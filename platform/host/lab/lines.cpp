@@ -7,7 +7,7 @@
 
 namespace {
 
-// As LineEntry has them.
+// As LineEntry has them. "qos_up", "qos_down": what the line carries, where its interface is not shaped.
 struct LineFacts {
   char dev[16];
   uint8_t up;
@@ -18,32 +18,23 @@ struct LineFacts {
   int32_t ct;
   uint64_t hi_val;
   uint64_t ct_val;
-  uint64_t qos_speed[2];
+  uint64_t qos_up;
+  uint64_t qos_down;
   uint32_t false_tm;
-};
 
-// "qos_up", "qos_down": what the line carries, where its interface is not shaped.
-constexpr Field kLineFields[] = {
-    {"dev", AT(LineFacts, dev), Field::kText, true},
-    {"up", AT(LineFacts, up), Field::kNumber},
-    {"hi", AT(LineFacts, hi), Field::kSigned},
-    {"hi_bracket_1", AT(LineFacts, hi_bracket[0]), Field::kSigned},
-    {"hi_bracket_2", AT(LineFacts, hi_bracket[1]), Field::kSigned},
-    {"ct", AT(LineFacts, ct), Field::kSigned},
-    {"hi_val", AT(LineFacts, hi_val), Field::kNumber},
-    {"ct_val", AT(LineFacts, ct_val), Field::kNumber},
-    {"qos_up", AT(LineFacts, qos_speed[0]), Field::kNumber},
-    {"qos_down", AT(LineFacts, qos_speed[1]), Field::kNumber},
-    {"false_tm", AT(LineFacts, false_tm), Field::kNumber},
-    {"trys", AT(LineFacts, trys), Field::kNumber},
-    {"ret_state", AT(LineFacts, ret_state), Field::kNumber},
+  static constexpr void each_field(auto& r, auto&& field) {
+    field("dev", r.dev), field("up", r.up), field("trys", r.trys), field("ret_state", r.ret_state),
+        field("hi", r.hi), field("hi_bracket", r.hi_bracket), field("ct", r.ct), field("hi_val", r.hi_val),
+        field("ct_val", r.ct_val), field("qos_up", r.qos_up), field("qos_down", r.qos_down),
+        field("false_tm", r.false_tm);
+  }
 };
 
 // Makes the interface where there is none. One that is there must be a line already: a lab turns no LAN
 // around.
 void load_line(Store& store, const Node& node) {
   LineFacts line = {};
-  read_fields(node, kLineFields, &line);
+  read_record(node, line, {"dev"});
   DevName name = {};
   copy_text(name.dev, text(line.dev));
   const bool is_new = store.number("SELECT count(*) FROM interface WHERE dev = ?", line.dev) == 0;
@@ -55,11 +46,11 @@ void load_line(Store& store, const Node& node) {
   }
   const int64_t flags = is_new ? 0 : store.number("SELECT flags FROM interface WHERE dev = ?", line.dev);
   if (!is_new && (flags & kInterfaceWan) == 0) node.fail(tvlret_err_str[kNotALine]);
-  if (store.execute("INSERT OR IGNORE INTO line_fact VALUES"
-                    " ((SELECT wanid FROM line WHERE dev = ?), ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?)",
-                    line.dev, flags, line.hi, line.hi_bracket[0], line.hi_bracket[1], line.ct, line.hi_val,
-                    line.ct_val, line.qos_speed[0], line.qos_speed[1], line.false_tm, line.trys,
-                    line.ret_state) == 0) {
+  if (store.execute(
+          "INSERT OR IGNORE INTO line_fact VALUES"
+          " ((SELECT wanid FROM line WHERE dev = :dev), :flags, :hi, :hi_bracket_1, :hi_bracket_2, :ct,"
+          "  :hi_val, :ct_val, :qos_up, :qos_down, :false_tm, :trys, :ret_state)",
+          Column{"flags", flags}, line) == 0) {
     node.fail("a second line of this dev");
   }
   // To be marked anew takes a line's state away.

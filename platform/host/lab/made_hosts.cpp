@@ -43,14 +43,14 @@ HostAiEntry make_host(uint32_t number) {
   const uint32_t chance = scatter(number);
 
   constexpr uint32_t kRouter = 0x0A010001;  // 10.1.0.1
-  host.local_ip = htonl(kRouter);
-  host.arp_ip = htonl(kRouter + 1 + number);
+  host.local_ip = {htonl(kRouter)};
+  host.arp_ip = {htonl(kRouter + 1 + number)};
   char text[64];
-  StrToIpaddr(IpToStr(text, host.arp_ip), host.ip);
+  StrToIpaddr(IpToStr(text, host.arp_ip.value), &host.ip);
   const uint32_t mac = htonl(number + 1);
-  host.local_mac[0] = 2;
-  memcpy(host.local_mac + 2, &mac, sizeof mac);
-  host.flag = 1 | (kind.is_wireless ? 4 : 0) | (chance & 0x10);
+  host.local_mac.bytes[0] = 2;
+  memcpy(host.local_mac.bytes + 2, &mac, sizeof mac);
+  host.flag = {uint64_t{1} | (kind.is_wireless ? 4 : 0) | (chance & 0x10)};
   host.creat_tm = 600 + chance % 86400;
   host.last_tm = chance % 50;
   host.sp_up = chance % 200000;

@@ -1,14 +1,21 @@
 // A scenario as its sections read it: JSON values that know their place in the file, and records that are
-// filled by a table of fields.
+// filled by the names of their fields.
 #pragma once
 
+#include <algorithm>
 #include <cstddef>
 #include <cstdint>
-#include <functional>
+#include <cstring>
+#include <initializer_list>
+#include <limits>
 #include <nlohmann/json.hpp>
-#include <span>
 #include <stdexcept>
 #include <string>
+#include <string_view>
+#include <type_traits>
+#include <vector>
+
+#include "state/columns.h"
 
 // What is wrong with a scenario, and where.
 struct ScenarioError : std::runtime_error {
@@ -44,21 +51,58 @@ class Node {
   std::string place_;
 };
 
-// A member of an object that goes into a field of a record.
-struct Field {
-  enum Kind { kNumber, kSigned, kPort, kText, kMac, kIp4, kAddress };
-  const char* name;
-  size_t offset;
-  size_t size;
-  Kind kind;
-  bool is_required = false;
-};
+// Reads a value into a field of a record, as the field's type has it.
+template <typename Number>
+requires std::is_integral_v<Number>
+void read_value(const Node& value, Number& field) {
+  constexpr auto kMost = std::numeric_limits<int64_t>::max();
+  constexpr int64_t most = sizeof(Number) < sizeof kMost ? std::numeric_limits<Number>::max() : kMost;
+  constexpr int64_t least = std::is_signed_v<Number> ? -most - 1 : 0;
+  field = static_cast<Number>(value.number(least, most));
+}
+template <size_t kSize>
+void read_value(const Node& value, char (&field)[kSize]) {
+  const std::string text = value.text(kSize - 1);
+  memcpy(field, text.data(), text.size());
+}
+template <typename Word, int kCount>
+void read_value(const Node& value, Bits<Word, kCount>& field) {
+  read_value(value, field.value);
+}
+template <typename Number>
+void read_value(const Node& value, Unaligned<Number>& field) {
+  Number number;
+  read_value(value, number);
+  field = number;
+}
+void read_value(const Node& value, Port& field);
+void read_value(const Node& value, Mac& field);
+void read_value(const Node& value, Ip4& field);
+void read_value(const Node& value, IpAddress& field);
 
-// Where a member of a record lies, for the rows of a table of fields.
-#define AT(record, member) offsetof(record, member), sizeof(record::member)
-
-// Fills the record from an object that holds nothing but such members, and other ones that `other` takes:
-// bool(const std::string& name, const Node& value).
-using OtherMember = std::function<bool(const std::string&, const Node&)>;
-void read_fields(const Node& object, std::span<const Field> fields, void* record,
-                 const OtherMember& other = {});
+// Fills the record from an object whose members are named as the record's columns (state/columns.h), all that
+// are required among them. Whatever member `other` takes (bool(const std::string& name, const Node& value))
+// does not go into the record; one that nobody takes is wrong.
+template <typename Record, typename Other>
+void read_record(const Node& object, Record& record, std::initializer_list<std::string_view> required,
+                 Other other) {
+  std::vector<std::string> given;
+  object.each_member([&](const std::string& name, const Node& value) {
+    given.push_back(name);
+    bool is_taken = other(name, value);
+    if (is_taken) return;
+    each_column(record, [&](const std::string& column, auto& field) {
+      if (column != name) return;
+      read_value(value, field);
+      is_taken = true;
+    });
+    if (!is_taken) value.fail("unknown member");
+  });
+  for (const std::string_view name : required) {
+    if (std::ranges::find(given, name) == given.end()) object.fail("no \"" + std::string(name) + "\"");
+  }
+}
+template <typename Record>
+void read_record(const Node& object, Record& record, std::initializer_list<std::string_view> required) {
+  read_record(object, record, required, [](const std::string&, const Node&) { return false; });
+}

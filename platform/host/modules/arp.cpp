@@ -25,20 +25,17 @@ constexpr uint32_t kStateInBulk = 2;
 void set(Store& store, const ArpSettings& settings) {
   require_interface(store, text(settings.dev));
   if (settings.deal_level > kMaxDealLevel) throw Refusal{kBadValue};
-  store.execute("INSERT OR REPLACE INTO arp_settings VALUES (?, ?, ?, ?, ?)", settings.dev, settings.tm,
-                ntohl(settings.ip), ntohl(settings.check_ip), settings.deal_level);
+  store.put("arp_settings", settings);
 }
 
 // All zero for an interface whose settings were never set.
 void get(Store& store, ArpSettings& settings) {
   require_interface(store, text(settings.dev));
-  Statement row =
-      store.query("SELECT tm, ip, check_ip, deal_level FROM arp_settings WHERE dev = ?", settings.dev);
-  settings.tm = settings.ip = settings.check_ip = settings.deal_level = 0;
-  if (!row.next()) return;
-  row.read(settings.tm, settings.ip, settings.check_ip, settings.deal_level);
-  settings.ip = htonl(settings.ip);
-  settings.check_ip = htonl(settings.check_ip);
+  Statement row = store.query("SELECT * FROM arp_settings WHERE dev = ?", settings.dev);
+  ArpSettings kept = {};
+  copy_text(kept.dev, text(settings.dev));
+  if (row.next()) row.read_fields(kept);
+  settings = kept;
 }
 
 void check_type(uint16_t type) {
@@ -53,9 +50,8 @@ void check_binding_count(Store& store) {
 void add(Store& store, const ArpBinding& binding) {
   require_interface(store, text(binding.dev));
   check_type(binding.type);
-  if (binding.ip == 0 || !is_host_mac(binding.mac)) throw Refusal{kBadAddress};
-  store.execute("INSERT OR REPLACE INTO arp_binding VALUES (?, ?, ?, ?, ?, ?)", binding.dev,
-                ntohl(binding.ip), binding.mac, binding.type, binding.name, kStateByHand);
+  if (binding.ip.value == 0 || !is_host_mac(binding.mac)) throw Refusal{kBadAddress};
+  store.put("arp_binding", binding, Column{"state", kStateByHand});
   check_binding_count(store);
 }
 
@@ -65,8 +61,7 @@ void refuse_if_none(int changed) {
 
 void del(Store& store, const ArpBinding& binding) {
   require_interface(store, text(binding.dev));
-  refuse_if_none(
-      store.execute("DELETE FROM arp_binding WHERE dev = ? AND ip = ?", binding.dev, ntohl(binding.ip)));
+  refuse_if_none(store.execute("DELETE FROM arp_binding WHERE dev = ? AND ip = ?", binding.dev, binding.ip));
 }
 
 void del_all(Store& store) { store.execute("DELETE FROM arp_binding"); }
@@ -89,12 +84,12 @@ void learn(Store& store, std::string_view dev, uint32_t first, uint32_t last) {
 // Finding nobody is no error: the order is to look.
 void search(Store& store, const ArpSearch& range) {
   require_interface(store, text(range.dev));
-  learn(store, text(range.dev), ntohl(range.first_ip), ntohl(range.last_ip));
+  learn(store, text(range.dev), ntohl(range.first_ip.value), ntohl(range.last_ip.value));
 }
 
 void database_del(Store& store, const ArpDatabaseKey& key) {
   require_interface(store, text(key.dev));
-  refuse_if_none(store.execute("DELETE FROM arp_learnt WHERE dev = ? AND ip = ?", key.dev, ntohl(key.ip)));
+  refuse_if_none(store.execute("DELETE FROM arp_learnt WHERE dev = ? AND ip = ?", key.dev, key.ip));
 }
 
 // Binds all that is known on the interfaces named and not bound yet.
@@ -116,15 +111,12 @@ void list(Store& store, const ArpListFilter& filter, Order& order) {
   ListAnswer<ArpListEntry> answer(order);
   for (const std::string& dev : select_interfaces(store, word.empty() ? "all" : word)) {
     Statement row = store.query(
-        "SELECT binding.ip, coalesce(check_ip, 0), mac, type, state "
+        "SELECT binding.ip, binding.ip AS org_ip, coalesce(check_ip, 0) AS check_ip, mac, dev, type, state "
         "FROM arp_binding AS binding LEFT JOIN arp_settings USING (dev) WHERE dev = ? ORDER BY binding.ip",
         dev);
     while (row.next()) {
       ArpListEntry entry = {};
-      row.read(entry.ip, entry.check_ip, entry.mac, entry.type, entry.state);
-      entry.ip = entry.org_ip = htonl(entry.ip);
-      entry.check_ip = htonl(entry.check_ip);
-      copy_text(entry.dev, dev);
+      row.read_fields(entry);
       answer.add(entry);
     }
   }

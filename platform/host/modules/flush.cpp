@@ -1,5 +1,7 @@
 // The flush target (module 7): drops what modules have learnt by themselves. Settings and entries made by
 // hand are no concern of it, and nothing waits to be written: every order answered is on disk.
+#include "records/flush.h"
+
 #include "modules/modules.h"
 
 namespace {

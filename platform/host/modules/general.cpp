@@ -4,6 +4,7 @@
 #include <sys/sysinfo.h>
 
 #include "modules/modules.h"
+#include "records/general.h"
 
 namespace {
 

@@ -4,7 +4,6 @@
 #include "modules/host.h"
 
 #include <algorithm>
-#include <array>
 #include <ctime>
 #include <limits>
 #include <map>
@@ -26,9 +25,6 @@ constexpr const char* kAgeing3 = "ageing3";
 
 constexpr uint64_t kFlagSeen = 1;  // of a neighbour, in its flag word
 
-using Address = std::array<uint8_t, 20>;
-using Mac = std::array<uint8_t, 6>;
-
 uint64_t now() { return static_cast<uint64_t>(time(nullptr)); }
 
 // Seconds after which what is silent is gone; 0 minutes are for ever.
@@ -38,12 +34,11 @@ int64_t ageing_seconds(Store& store, const char* name, uint32_t if_never_set) {
 }
 int64_t host_ageing_seconds(Store& store) { return ageing_seconds(store, kAgeing, kFirstAgeing); }
 
-// As platform/address.h lays a combined value out.
-void set_ip4(uint8_t (&value)[20], uint32_t ip) {
-  const uint32_t family = 4;
-  memset(value, 0, sizeof value);
-  memcpy(value, &family, sizeof family);
-  memcpy(value + sizeof family, &ip, sizeof ip);
+IpAddress combined(uint32_t ip) {
+  IpAddress address = {};
+  address.family = 4;
+  memcpy(address.bytes, &ip, sizeof ip);
+  return address;
 }
 
 // Linux does not tell since when it has known a neighbour. The MAC address of a neighbour is its own, so that
@@ -51,38 +46,38 @@ void set_ip4(uint8_t (&value)[20], uint32_t ip) {
 HostAiEntry neighbour_host(const Neighbour& neighbour) {
   HostAiEntry entry = {};
   HostEntry& host = entry.host;
-  set_ip4(host.ip, neighbour.ip);
-  host.flag = kFlagSeen;
-  host.arp_ip = neighbour.ip;
-  host.local_ip = linux_interface_ip(neighbour.dev);
-  memcpy(host.local_mac, neighbour.mac, sizeof host.local_mac);
-  memcpy(host.real_mac, neighbour.mac, sizeof host.real_mac);
+  host.ip = combined(neighbour.ip);
+  host.flag = {kFlagSeen};
+  host.arp_ip = {neighbour.ip};
+  host.local_ip = {linux_interface_ip(neighbour.dev)};
+  memcpy(&host.local_mac, neighbour.mac, sizeof host.local_mac);
+  host.real_mac = host.local_mac;
   host.no_snmp = 1;
   copy_text(host.devname, neighbour.dev);
   copy_text(entry.in_devname, neighbour.dev);
   return entry;
 }
 
-std::map<Address, HostAiEntry> neighbour_hosts(Store& store) {
-  std::map<Address, HostAiEntry> hosts;
+std::map<IpAddress, HostAiEntry> neighbour_hosts(Store& store) {
+  std::map<IpAddress, HostAiEntry> hosts;
   const std::vector<std::string> devs = select_interfaces(store, "lan");
   if (devs.empty()) return hosts;
   for (const Neighbour& neighbour : linux_neighbours()) {
     if (std::ranges::find(devs, neighbour.dev) == devs.end()) continue;
     const HostAiEntry entry = neighbour_host(neighbour);
-    hosts.emplace(std::to_array(entry.host.ip), entry);
+    hosts.emplace(entry.host.ip, entry);
   }
   return hosts;
 }
 
-std::map<Address, Mac> real_macs(Store& store) {
-  std::map<Address, Mac> macs;
+std::map<IpAddress, Mac> real_macs(Store& store) {
+  std::map<IpAddress, Mac> macs;
   Statement row = store.query("SELECT ip, mac FROM host_real_mac");
   while (row.next()) {
-    uint8_t ip[20];
-    uint8_t mac[6];
+    IpAddress ip;
+    Mac mac;
     row.read(ip, mac);
-    macs.emplace(std::to_array(ip), std::to_array(mac));
+    macs.emplace(ip, mac);
   }
   return macs;
 }
@@ -91,7 +86,7 @@ std::map<Address, Mac> real_macs(Store& store) {
 // addresses filled in.
 template <typename Visit>
 void each_host(Store& store, Visit visit) {
-  const std::map<Address, Mac> macs = real_macs(store);
+  const std::map<IpAddress, Mac> macs = real_macs(store);
   const int64_t ageing = host_ageing_seconds(store);
   const uint64_t present = now();
   const auto finish = [&](HostAiEntry& entry, uint64_t idle) {
@@ -99,12 +94,12 @@ void each_host(Store& store, Visit visit) {
     host.last_tm = present - std::min(idle, present);
     if (ageing != std::numeric_limits<int64_t>::max())
       host.del_tm = host.last_tm + static_cast<uint64_t>(ageing);
-    const auto mac = macs.find(std::to_array(host.ip));
-    if (mac != macs.end()) memcpy(host.real_mac, mac->second.data(), mac->second.size());
+    const auto mac = macs.find(host.ip);
+    if (mac != macs.end()) host.real_mac = mac->second;
     visit(std::as_const(entry));
   };
 
-  std::map<Address, HostAiEntry> neighbours = neighbour_hosts(store);
+  std::map<IpAddress, HostAiEntry> neighbours = neighbour_hosts(store);
   auto neighbour = neighbours.begin();
   Statement row = store.query("SELECT entry, idle FROM host WHERE idle < ? ORDER BY ip", ageing);
   while (row.next()) {
@@ -113,7 +108,7 @@ void each_host(Store& store, Visit visit) {
     row.read(bytes, idle);
     HostAiEntry entry;
     memcpy(&entry, bytes, sizeof entry);
-    const Address ip = std::to_array(entry.host.ip);
+    const IpAddress ip = entry.host.ip;
     for (; neighbour != neighbours.end() && neighbour->first < ip; ++neighbour) finish(neighbour->second, 0);
     if (neighbour != neighbours.end() && neighbour->first == ip) ++neighbour;  // the lab's word counts
     finish(entry, idle);
@@ -121,10 +116,10 @@ void each_host(Store& store, Visit visit) {
   for (; neighbour != neighbours.end(); ++neighbour) finish(neighbour->second, 0);
 }
 
-void require_host(Store& store, const uint8_t (&ip)[20]) {
+void require_host(Store& store, const IpAddress& ip) {
   if (store.number("SELECT count(*) FROM host WHERE ip = ? AND idle < ?", ip, host_ageing_seconds(store)) ==
           0 &&
-      !neighbour_hosts(store).contains(std::to_array(ip))) {
+      !neighbour_hosts(store).contains(ip)) {
     throw Refusal{kUnknownHost};
   }
 }
@@ -182,12 +177,10 @@ void set_ageing(Store& store, const HostAgeing& ageing) {
 void third_list(Store& store, Order& order) {
   ListAnswer<ThirdEntry> answer(order);
   const int64_t oldest = static_cast<int64_t>(now()) - ageing_seconds(store, kAgeing3, 0);
-  Statement row = store.query(
-      "SELECT ip, mac, creat_tm, clt_installed, device_type FROM host_third WHERE creat_tm > ? ORDER BY ip",
-      oldest);
+  Statement row = store.query("SELECT * FROM host_third WHERE creat_tm > ? ORDER BY ip", oldest);
   while (row.next()) {
     ThirdEntry entry = {};
-    row.read(entry.ip, entry.mac, entry.creat_tm, entry.clt_installed, entry.device_type);
+    row.read_fields(entry);
     answer.add(entry);
   }
 }

@@ -2,7 +2,7 @@
 #include "modules/macuser.h"
 
 #include "modules/modules.h"
-#include "records/user.h"
+#include "records/macuser.h"
 #include "state/settings.h"
 
 namespace {
@@ -76,7 +76,7 @@ constexpr Command kCommands[] = {
 
 const Module kMacUserModule = {kModuleMacUser, kCommands, kSchema, forget_all};
 
-void remember_mac(Store& store, const uint8_t (&mac)[6], uint32_t userid) {
+void remember_mac(Store& store, const Mac& mac, uint32_t userid) {
   if (get_setting(store, kModuleMacUser, kRemember) == 0) return;
   store.execute(
       "INSERT INTO mac_memory (mac, userid, seen) VALUES (?, ?, unixepoch())"

@@ -9,4 +9,4 @@
 constexpr const char* kRemember = "remember";
 
 // Remembers a MAC address for an account, if logins are to be remembered.
-void remember_mac(Store& store, const uint8_t (&mac)[6], uint32_t userid);
+void remember_mac(Store& store, const Mac& mac, uint32_t userid);

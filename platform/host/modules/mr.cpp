@@ -1,6 +1,6 @@
 // Multi-line selection (module 10): the lines, each of them a WAN interface of the registry, with their
 // settings, and the routes that pin traffic to a line. Who uses which line only packets would tell: that is
-// the lab's word, or 0. IPv4 addresses are kept as they travel.
+// the lab's word, or 0.
 #include "modules/mr.h"
 
 #include <arpa/inet.h>
@@ -25,27 +25,26 @@ void set_balance(Store& store, const LineRecord& line) {
   check_switch(line.ppp_demand);
   if (line.wan_proto == 0) throw Refusal{kBadValue};
   store.execute(
-      "UPDATE line SET jh = ?, host_num = ?, wan_proto = ?, ppp_demand = ?, ct_num = ? WHERE wanid = ?",
-      line.jh, line.host_num, line.wan_proto, line.ppp_demand, line.ct_num, line.wanid);
+      "UPDATE line SET jh = :jh, host_num = :host_num, wan_proto = :wan_proto, ppp_demand = :ppp_demand,"
+      "  ct_num = :ct_num WHERE wanid = :wanid",
+      line);
 }
 
 void set_weight(Store& store, const LineRecord& line) {
   check_switch(line.is_qosval);
-  store.execute("UPDATE line SET val = ?, is_qosval = ? WHERE wanid = ?", line.val, line.is_qosval,
-                line.wanid);
+  store.execute("UPDATE line SET val = :val, is_qosval = :is_qosval WHERE wanid = :wanid", line);
 }
 
 void set_flow(Store& store, const LineRecord& line) {
   check_switch(line.flow_limit);
-  store.execute("UPDATE line SET flow_limit = ? WHERE wanid = ?", line.flow_limit, line.wanid);
+  store.execute("UPDATE line SET flow_limit = :flow_limit WHERE wanid = :wanid", line);
 }
 
 void set_dns(Store& store, const LineRecord& line) {
   store.execute(
-      "UPDATE line SET dns_prio = ?, dns4_1 = ?, dns4_2 = ?, dns4_3 = ?, dns6_1 = ?, dns6_2 = ?, dns6_3 = ? "
-      "WHERE wanid = ?",
-      line.prio, line.dns4[0], line.dns4[1], line.dns4[2], line.dns6[0], line.dns6[1], line.dns6[2],
-      line.wanid);
+      "UPDATE line SET dns_prio = :prio, dns4_1 = :dns4_1, dns4_2 = :dns4_2, dns4_3 = :dns4_3,"
+      "  dns6_1 = :dns6_1, dns6_2 = :dns6_2, dns6_3 = :dns6_3 WHERE wanid = :wanid",
+      line);
 }
 
 // Detection runs from when it is set with its switch on until it is stopped.
@@ -53,10 +52,11 @@ void set_detection(Store& store, uint16_t wanid, const LineDetection& zc) {
   check_switch(zc.en);
   if (zc.act < 1 || zc.act > 2) throw Refusal{kBadValue};
   store.execute(
-      "INSERT OR REPLACE INTO line_zc VALUES (?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?)",
-      wanid, zc.en, zc.en, zc.act, zc.tm, zc.times, zc.sd, zc.gw, zc.second_ip, zc.target_ips[0],
-      zc.target_ips[1], zc.target_ips[2], zc.target_names[0], zc.target_names[1], zc.target_names[2],
-      zc.mobile, zc.option, zc.option_text, zc.option_ip);
+      "INSERT OR REPLACE INTO line_zc VALUES (:wanid, :en, :en, :act, :tm, :times, :sd, :gw, :second_ip,"
+      "  :target_ips_1, :target_ips_2, :target_ips_3, :target_names_1, :target_names_2, :target_names_3, "
+      ":mobile,"
+      "  :option, :option_text, :option_ip)",
+      Column{"wanid", wanid}, zc);
 }
 
 void stop_detection(Store& store, uint16_t wanid) {
@@ -98,17 +98,16 @@ void set_line(Store& store, const LineRecord& line) {
 
 void set_ipv6(Store& store, const LineIpv6& ipv6) {
   require_line(store, ipv6.wanid);
-  store.execute("UPDATE line SET state_v6 = ? WHERE wanid = ?", ipv6.state, ipv6.wanid);
+  store.execute("UPDATE line SET state_v6 = :state WHERE wanid = :wanid", ipv6);
   count_change(store, ipv6.wanid);
 }
 
 void set_ula(Store& store, const LineUla& ula) {
   require_line(store, ula.wanid);
-  const bool is_unique_local = (ula.prefix[0] & 0xfe) == 0xfc;
+  const bool is_unique_local = (ula.prefix.bytes[0] & 0xfe) == 0xfc;
   if (!is_unique_local) throw Refusal{kBadAddress};
   if (ula.prefix_length > 128) throw Refusal{kBadValue};
-  store.execute("UPDATE line SET ula = ?, ula_length = ? WHERE wanid = ?", ula.prefix, ula.prefix_length,
-                ula.wanid);
+  store.execute("UPDATE line SET ula = :prefix, ula_length = :prefix_length WHERE wanid = :wanid", ula);
   count_change(store, ula.wanid);
 }
 
@@ -117,26 +116,18 @@ void set_ula(Store& store, const LineUla& ula) {
 void list(Store& store, Order& order) {
   ListAnswer<LineEntry> answer(order);
   Statement row = store.query(
-      "SELECT wanid, jh, interface.flags & ? <> 0, is_qosval, wan_proto, change_id, ppp_demand, state_v6,"
-      "  flow_limit, val, coalesce(qos_device.up, seen_up), coalesce(qos_device.down, seen_down),"
-      "  host_num, ct_num, dns4_1, dns4_2, dns4_3, dns6_1, dns6_2, dns6_3, dns_prio, create_tm, ula,"
-      "  ula_length, zc.state, zc.en, zc.act, zc.tm, times, sd, gw, second_ip, ip1, ip2, ip3, name1, name2,"
-      "  name3, mobile, option, option_text, option_ip, hi, hi_bracket_1, hi_bracket_2, ct,"
-      "  hi_val, ct_val, false_tm, trys, ret_state "
+      "SELECT jh, interface.flags & ? <> 0 AS state_v4, is_qosval AS chk_qosval, wan_proto, change_id,"
+      "  ppp_demand, state_v6, flow_limit, val, coalesce(qos_device.up, seen_up) AS qos_speed_1,"
+      "  coalesce(qos_device.down, seen_down) AS qos_speed_2, host_num, ct_num AS ct_limit_num, dns4_1, "
+      "dns4_2,"
+      "  dns4_3, dns6_1, dns6_2, dns6_3, dns_prio AS dns_pri, create_tm, ula, ula_length, hi, hi_bracket_1,"
+      "  hi_bracket_2, ct, hi_val, ct_val, false_tm, trys, ret_state, zc.*, line.wanid "
       "FROM line JOIN interface USING (dev) LEFT JOIN line_zc AS zc USING (wanid)"
-      "  LEFT JOIN line_fact USING (wanid) LEFT JOIN qos_device USING (dev) ORDER BY wanid",
+      "  LEFT JOIN line_fact USING (wanid) LEFT JOIN qos_device USING (dev) ORDER BY line.wanid",
       kInterfaceLineUp);
   while (row.next()) {
     LineEntry line = {};
-    LineDetection& zc = line.zc;
-    row.read(line.wanid, line.jh, line.state_v4, line.chk_qosval, line.wan_proto, line.change_id,
-             line.ppp_demand, line.state_v6, line.flow_limit, line.val, line.qos_speed[0], line.qos_speed[1],
-             line.host_num, line.ct_limit_num, line.dns4[0], line.dns4[1], line.dns4[2], line.dns6[0],
-             line.dns6[1], line.dns6[2], line.dns_pri, line.create_tm, line.ula, line.ula_length, zc.state,
-             zc.en, zc.act, zc.tm, zc.times, zc.sd, zc.gw, zc.second_ip, zc.target_ips[0], zc.target_ips[1],
-             zc.target_ips[2], zc.target_names[0], zc.target_names[1], zc.target_names[2], zc.mobile,
-             zc.option, zc.option_text, zc.option_ip, line.hi, line.hi_bracket[0], line.hi_bracket[1],
-             line.ct, line.hi_val, line.ct_val, line.false_tm, zc.trys, zc.ret_state);
+    row.read_fields(line);
     if (line.chk_qosval != 0) line.qos_val = line.qos_speed[0] + line.qos_speed[1];
     answer.add(line);
   }
@@ -164,8 +155,8 @@ void get_mode(Store& store, LineMode& mode) {
   mode.ct_rule_name = get_setting(store, kModuleMr, "ct_rule_name");
 }
 
-void check_mask(uint32_t mask) {
-  const uint32_t host_bits = ~ntohl(mask);
+void check_mask(Ip4 mask) {
+  const uint32_t host_bits = ~ntohl(mask.value);
   if ((host_bits & (host_bits + 1)) != 0) throw Refusal{kBadAddress};
 }
 
@@ -173,8 +164,9 @@ void add_route(Store& store, const LineRoute& route) {
   require_line(store, route.wanid);
   check_mask(route.srcmask);
   check_mask(route.dstmask);
-  if (store.execute("INSERT OR IGNORE INTO line_route VALUES (?, ?, ?, ?, ?, ?)", route.wanid, route.prio,
-                    route.src, route.srcmask, route.dst, route.dstmask) == 0) {
+  if (store.execute("INSERT OR IGNORE INTO line_route"
+                    "  VALUES (:wanid, :prio, :src, :srcmask, :dst, :dstmask)",
+                    route) == 0) {
     throw Refusal{kAlreadyThere};
   }
   if (store.number("SELECT count(*) FROM line_route") > kMaxRoutes) throw Refusal{kTableFull};
@@ -190,11 +182,10 @@ void del_routes(Store& store, const LineRoute& route) {
 
 void list_routes(Store& store, Order& order) {
   ListAnswer<LineRoute> answer(order);
-  Statement row = store.query(
-      "SELECT wanid, prio, src, srcmask, dst, dstmask FROM line_route ORDER BY prio, wanid, rowid");
+  Statement row = store.query("SELECT * FROM line_route ORDER BY prio, wanid, rowid");
   while (row.next()) {
     LineRoute route = {};
-    row.read(route.wanid, route.prio, route.src, route.srcmask, route.dst, route.dstmask);
+    row.read_fields(route);
     answer.add(route);
   }
 }
@@ -207,14 +198,14 @@ void report_dns(Store& store) {
       "SELECT wanid, dns4_1, dns4_2, dns4_3, dns6_1, dns6_2, dns6_3 FROM line ORDER BY dns_prio, wanid");
   while (row.next()) {
     LineRecord line = {};
-    row.read(line.wanid, line.dns4[0], line.dns4[1], line.dns4[2], line.dns6[0], line.dns6[1], line.dns6[2]);
+    row.read_fields(line);
     std::string servers;
     char ip[64];
-    for (const uint32_t server : line.dns4) {
-      if (server != 0) servers += std::string(" ") + IpToStr(ip, server);
+    for (const Ip4& server : line.dns4) {
+      if (server != Ip4{}) servers += std::string(" ") + IpToStr(ip, server.value);
     }
-    for (const auto& server : line.dns6) {
-      if (server[0] != 0) servers += std::string(" ") + Ip6ToStr(ip, server);
+    for (const Ip6& server : line.dns6) {
+      if (server != Ip6{}) servers += std::string(" ") + Ip6ToStr(ip, &server);
     }
     if (!servers.empty()) report += " line " + std::to_string(line.wanid) + ":" + servers;
   }
@@ -302,7 +293,31 @@ CREATE TABLE line_route (
   dst INTEGER NOT NULL,
   dstmask INTEGER NOT NULL,
   UNIQUE (wanid, src, srcmask, dst, dstmask)
-))"};
+))",
+                                   // Addresses as numbers that sort, under the names of their fields.
+                                   R"(
+ALTER TABLE line_zc RENAME COLUMN ip1 TO target_ips_1;
+ALTER TABLE line_zc RENAME COLUMN ip2 TO target_ips_2;
+ALTER TABLE line_zc RENAME COLUMN ip3 TO target_ips_3;
+ALTER TABLE line_zc RENAME COLUMN name1 TO target_names_1;
+ALTER TABLE line_zc RENAME COLUMN name2 TO target_names_2;
+ALTER TABLE line_zc RENAME COLUMN name3 TO target_names_3;
+UPDATE line SET
+  dns4_1 = (dns4_1 & 255) << 24 | (dns4_1 & 65280) << 8 | (dns4_1 >> 8 & 65280) | dns4_1 >> 24,
+  dns4_2 = (dns4_2 & 255) << 24 | (dns4_2 & 65280) << 8 | (dns4_2 >> 8 & 65280) | dns4_2 >> 24,
+  dns4_3 = (dns4_3 & 255) << 24 | (dns4_3 & 65280) << 8 | (dns4_3 >> 8 & 65280) | dns4_3 >> 24;
+UPDATE line_zc SET
+  gw = (gw & 255) << 24 | (gw & 65280) << 8 | (gw >> 8 & 65280) | gw >> 24,
+  second_ip = (second_ip & 255) << 24 | (second_ip & 65280) << 8 | (second_ip >> 8 & 65280) | second_ip >> 24,
+  option_ip = (option_ip & 255) << 24 | (option_ip & 65280) << 8 | (option_ip >> 8 & 65280) | option_ip >> 24,
+  target_ips_1 = (target_ips_1 & 255) << 24 | (target_ips_1 & 65280) << 8 | (target_ips_1 >> 8 & 65280) | target_ips_1 >> 24,
+  target_ips_2 = (target_ips_2 & 255) << 24 | (target_ips_2 & 65280) << 8 | (target_ips_2 >> 8 & 65280) | target_ips_2 >> 24,
+  target_ips_3 = (target_ips_3 & 255) << 24 | (target_ips_3 & 65280) << 8 | (target_ips_3 >> 8 & 65280) | target_ips_3 >> 24;
+UPDATE line_route SET
+  src = (src & 255) << 24 | (src & 65280) << 8 | (src >> 8 & 65280) | src >> 24,
+  srcmask = (srcmask & 255) << 24 | (srcmask & 65280) << 8 | (srcmask >> 8 & 65280) | srcmask >> 24,
+  dst = (dst & 255) << 24 | (dst & 65280) << 8 | (dst >> 8 & 65280) | dst >> 24,
+  dstmask = (dstmask & 255) << 24 | (dstmask & 65280) << 8 | (dstmask >> 8 & 65280) | dstmask >> 24)"};
 
 constexpr Command kCommands[] = {
     {kMrLine, kWrites, run_as<set_line>},        {kMrMode, kWrites, run_as<set_mode>},

@@ -39,37 +39,12 @@ Place place_of(const WhitelistEntry& entry) { return {kWhitelist, 0, text(entry.
 Place place_of(const MrouteRule& rule) { return {kMroute, 0, text(rule.name), rule.prio}; }
 Place place_of(const FilterRule& rule) { return {kFilter, rule.gid, text(rule.name), rule.prio}; }
 
-// The bytes of the lists behind a rule's fixed part.
-struct ListSizes {
-  size_t counted;  // those that the rule has counts for
-  size_t block;    // the destination block, which comes last
-  size_t all;
-};
-
+// Of the lists behind a rule.
 template <typename Rule>
-size_t host_bytes(const Rule& rule) {
-  if (rule.type != kHostRanges) return rule.address_count * sizeof(NumberRange);
-  return rule.address_count * sizeof(V4Range) + rule.v6_count * sizeof(V6Range);
+uint32_t list_bytes(const Rule& rule) {
+  return rule.list_bytes;
 }
-
-ListSizes lists_of(const AccRule& rule) {
-  const size_t hosts = rule.type == kRuleMac ? 0 : host_bytes(rule);
-  return {rule.thd_count * sizeof(NumberRange) + hosts, rule.ipport_bytes, rule.list_bytes};
-}
-
-ListSizes lists_of(const WhitelistEntry& entry) {
-  return {host_bytes(entry), entry.ipport_bytes, entry.list_bytes};
-}
-
-ListSizes lists_of(const MrouteRule& rule) {
-  const size_t ids = rule.thd_count * sizeof(NumberRange) + rule.shibie_count * sizeof(IdRange);
-  return {ids + host_bytes(rule), rule.ipport_bytes, rule.list_bytes};
-}
-
-ListSizes lists_of(const FilterRule& rule) {
-  const size_t ids = rule.id_count * sizeof(NumberRange);
-  return {ids, 0, ids};
-}
+uint32_t list_bytes(const FilterRule& rule) { return rule.id_count * uint32_t{sizeof(NumberRange)}; }
 
 void refuse_unless(bool good, Result why) {
   if (!good) throw Refusal{why};
@@ -89,14 +64,19 @@ void check(const FilterRule& rule) {
   refuse_unless(rule.gid != 0 || rule.id_count != 0, kBadValue);  // nothing at all of nobody in particular
 }
 
-// The counts inside a destination block must account for all its bytes.
-void check_block(const uint8_t* bytes, size_t size) {
-  IpPortBlock block;
-  refuse_unless(size >= sizeof block, kBadValue);
-  memcpy(&block, bytes, sizeof block);
-  const size_t lists = block.v4_count * sizeof(V4Range) + block.v6_count * sizeof(V6Range) +
-                       block.protocol_count * size_t{kProtocolEntrySize};
-  refuse_unless(size == sizeof block + lists, kBadValue);
+// Steps over the lists that follow a record, those of a destination block among them included. What the
+// counts speak of must be there.
+template <typename Record>
+void skip_lists(const Record& record, std::span<const uint8_t>& bytes) {
+  Record::each_list(record, [&]<typename Element>(const char*, ListOf<Element> list) {
+    for (uint32_t i = 0; i < list.count; ++i) {
+      refuse_unless(bytes.size() >= sizeof(Element), kBadValue);
+      Element element;
+      memcpy(&element, bytes.data(), sizeof element);
+      bytes = bytes.subspan(sizeof element);
+      if constexpr (HasLists<Element>) skip_lists(element, bytes);
+    }
+  });
 }
 
 uint8_t route_type(const MrouteRule& rule) {
@@ -110,12 +90,12 @@ void add(Store& store, const Rule& request, Order& order) {
   uint8_t kind = 0;
   if constexpr (std::is_same_v<Rule, MrouteRule>) kind = rule.rule_type = route_type(rule);
   const Place place = place_of(rule);
-  const ListSizes lists = lists_of(rule);
   refuse_unless(!place.name.empty(), kBadName);
   check(rule);
-  refuse_unless(lists.counted + lists.block == lists.all, kBadValue);
-  std::vector<uint8_t> record = order.request_bytes(static_cast<uint32_t>(sizeof rule + lists.all));
-  if (lists.block != 0) check_block(record.data() + sizeof rule + lists.counted, lists.block);
+  std::vector<uint8_t> record = order.request_bytes(uint32_t{sizeof rule} + list_bytes(rule));
+  std::span<const uint8_t> lists(record.data() + sizeof rule, record.size() - sizeof rule);
+  skip_lists(rule, lists);
+  refuse_unless(lists.empty(), kBadValue);
   memcpy(record.data(), &rule, sizeof rule);
 
   if (store.execute("INSERT OR IGNORE INTO rule (tab, gid, name, prio, kind, record) "

@@ -28,26 +28,26 @@ void refuse_if_none(int changed) {
 }
 
 // Adding an account again gives it everything anew but its id, its expiry date and its traffic.
-void add(Store& store, const UserRecord& user) {
+void add(Store& store, const UserRequest& user) {
   check_name(text(user.name));
   const uint32_t flags = user.flags & kRequestFlags;
-  if ((flags & kUserFixedIp) != 0 && user.ip_start > user.ip_end) throw Refusal{kBadAddress};
+  if ((flags & kUserFixedIp) != 0 && user.ip_start.value > user.ip_end.value) throw Refusal{kBadAddress};
   if ((flags & kUserFixedMac) != 0 && !is_host_mac(user.mac)) throw Refusal{kBadAddress};
   store.execute(
       "INSERT INTO account (userid, name, pwd, mem, ip_start, ip_end, max, up_speed, down_speed, mac, gid,"
       "  mode_speed, mod_pwd, flags) "
-      "VALUES ((SELECT userid FROM account WHERE name = ?1), ?1, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?) "
+      "VALUES ((SELECT userid FROM account WHERE name = :name), :name, :pwd, :mem, :ip_start, :ip_end, :max,"
+      "  :up_speed, :down_speed, :mac, :gid, :mode_speed, :mod_pwd, :kept_flags) "
       "ON CONFLICT DO UPDATE SET pwd = excluded.pwd, mem = excluded.mem,"
       "  ip_start = excluded.ip_start, ip_end = excluded.ip_end, max = excluded.max,"
       "  up_speed = excluded.up_speed, down_speed = excluded.down_speed, mac = excluded.mac,"
       "  gid = excluded.gid, mode_speed = excluded.mode_speed, mod_pwd = excluded.mod_pwd,"
       "  flags = excluded.flags",
-      user.name, user.pwd, user.mem, user.ip_start, user.ip_end, user.max, user.up_speed, user.down_speed,
-      user.mac, user.gid, user.mode_speed, user.mod_pwd, flags);
+      user, Column{"kept_flags", flags});
   if (store.number("SELECT count(*) FROM account") > kMaxAccounts) throw Refusal{kTableFull};
 }
 
-void del(Store& store, const UserRecord& user) {
+void del(Store& store, const UserRequest& user) {
   refuse_if_none(store.execute("DELETE FROM account WHERE name = ?", user.name));
 }
 
@@ -64,19 +64,16 @@ void del_all(Store& store, const UserDelAll& filter) {
 void answer_accounts(Store& store, Order& order, bool only_online) {
   Statement row = store.query(
       "SELECT name, pwd, mem, userid, ip_start, ip_end, ddate, max, up_speed, down_speed, mac, gid,"
-      "  mode_speed, mod_pwd, flags, min(up_bytes / 1024, 0xffffffff), min(down_bytes / 1024, 0xffffffff),"
+      "  mode_speed, mod_pwd, flags, min(up_bytes / 1024, 0xffffffff) AS zup,"
+      "  min(down_bytes / 1024, 0xffffffff) AS zdown,"
       "  (SELECT count(*) FROM online WHERE online.userid = account.userid) AS login_num "
       "FROM account WHERE NOT ? OR login_num > 0 ORDER BY userid",
       only_online);
-  ListAnswer<UserRecord> answer(order);
+  ListAnswer<UserEntry> answer(order);
   while (row.next()) {
-    UserRecord user = {};
-    row.read(user.name, user.pwd, user.mem, user.userid, user.ip_start, user.ip_end, user.ddate, user.max,
-             user.up_speed, user.down_speed, user.mac, user.gid, user.mode_speed, user.mod_pwd, user.flags,
-             user.zup, user.zdown, user.login_num);
-    user.ip_start = htonl(user.ip_start);
-    user.ip_end = htonl(user.ip_end);
-    answer.add(user);
+    UserEntry entry = {};
+    row.read_fields(entry);
+    answer.add(entry);
   }
 }
 
@@ -103,7 +100,7 @@ void name_info(Store& store, const UserNameInfo& request, Order& order) {
     uint32_t ip;
     row.read(ip, entry.mac, entry.flags);
     char ip_text[64];
-    StrToIpaddr(IpToStr(ip_text, htonl(ip)), entry.ip);
+    StrToIpaddr(IpToStr(ip_text, htonl(ip)), &entry.ip);
     ++info.login_num;
     if (entry.flags == kUserWeb) ++info.web_login_num;
     if (!order.answer(entry, offset)) continue;

@@ -4,6 +4,7 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <cerrno>
 #include <cstdlib>
 
@@ -88,6 +89,16 @@ std::string_view Statement::column_text(int column) const {
   const auto* bytes = reinterpret_cast<const char*>(sqlite3_column_text(statement_, column));
   if (bytes == nullptr) return {};
   return {bytes, static_cast<size_t>(sqlite3_column_bytes(statement_, column))};
+}
+
+void Statement::get_bytes(int column, void* field, size_t size) const {
+  const auto stored = std::min(static_cast<size_t>(sqlite3_column_bytes(statement_, column)), size);
+  memset(field, 0, size);
+  if (stored > 0) memcpy(field, sqlite3_column_blob(statement_, column), stored);
+}
+
+void Statement::fail_without_field(std::string_view name) {
+  throw StoreError("no record has a field for the column " + std::string(name));
 }
 
 void Statement::check(int code) const {

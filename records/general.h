@@ -1,0 +1,28 @@
+// Payloads of the general services (module 1).
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+
+#include "records/field.h"
+
+enum GeneralCommand : uint32_t { kErrorInfo = 5, kMemoryReport = 7 };
+
+struct ErrorInfo {
+  uint32_t number;
+  uint32_t mode;  // ErrorInfoMode; in the answer kErrorInfoPresent or anything else for no information
+  char text[4096];
+
+  static constexpr void each_field(auto& r, auto&& field) {
+    field("number", r.number), field("mode", r.mode), field("text", r.text);
+  }
+};
+static_assert(sizeof(ErrorInfo) == 4104 && offsetof(ErrorInfo, text) == 8);
+static_assert(is_described<ErrorInfo>());
+
+enum ErrorInfoMode : uint32_t {
+  kErrorInfoRead = 0,
+  kErrorInfoPresent = 1,
+  kErrorInfoStore = 2,
+  kErrorInfoErase = 3
+};

@@ -1,0 +1,8 @@
+// The handlers of this folder's commands: interfaces, lines and addressing.
+#pragma once
+
+#include "order/command.h"
+
+int cmd_devmg(int argc, char** argv, const CommandEntry* entry);
+int cmd_arp(int argc, char** argv, const CommandEntry* entry);
+int cmd_mr(int argc, char** argv, const CommandEntry* entry);

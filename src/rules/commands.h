@@ -1,0 +1,6 @@
+// The handlers of this folder's commands: access rules and content filters.
+#pragma once
+
+#include "order/command.h"
+
+int cmd_rule(int argc, char** argv, const CommandEntry* entry);
