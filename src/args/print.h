@@ -85,7 +85,7 @@ struct Piece {
 [[noreturn]] void width_is_too_large();
 
 // Reads the conversion after a '%'; type is 0 when it is none of ours.
-consteval Piece read_conversion(const char* percent, Kind argument) {
+constexpr Piece read_conversion(const char* percent, Kind argument) {
   Piece piece;
   const char* at = percent + 1;
   for (; *at == '-' || *at == '0'; ++at) (*at == '-' ? piece.left : piece.zero) = true;

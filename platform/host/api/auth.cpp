@@ -6,7 +6,7 @@
 #include <algorithm>
 #include <cstdio>
 
-#include "modules/host_mac.h"
+#include "modules/checks.h"
 #include "modules/macuser.h"
 #include "modules/modules.h"
 #include "platform/address.h"
@@ -138,7 +138,7 @@ std::string domain_value(const char* text) {
 }
 
 void add_value(Store& store, std::string_view list, const std::string& value) {
-  if (value.empty()) throw Refusal{kBadValue};
+  if (value.empty()) throw Refusal{kBadText};
   store.execute("INSERT OR IGNORE INTO portal_list (list, value) VALUES (?, ?)", list, value);
   if (store.number("SELECT count(*) FROM portal_list WHERE list = ?", list) > kMaxListed) {
     throw Refusal{kTableFull};
@@ -208,7 +208,7 @@ uint32_t account_for_login(Store& store, std::string_view name, const HostKey& h
 int log_in(Store& store, const char* user, const HostKey& host, uint32_t seconds) {
   if (store.number("SELECT count(*) FROM portal_list WHERE list = ? AND value = ?", kBlackMac,
                    mac_text(host.mac)) > 0) {
-    throw Refusal{kSwitchedOff};
+    throw Refusal{kNotRunning};
   }
   store.execute(
       "DELETE FROM session WHERE until <= unixepoch() OR (?1 <> 0 AND ip = ?1)"
@@ -371,7 +371,7 @@ int ApiDelallBlackMac() { return delete_all(kBlackMac); }
 
 // Remembering logins is the MAC memory's switch, which macuser shows too.
 int ApiGetAuthenticateState(uint32_t* state, uint32_t* savemac, uint32_t* time, uint32_t* loginmax) {
-  if (state == nullptr || savemac == nullptr || time == nullptr || loginmax == nullptr) return -kBadValue;
+  if (state == nullptr || savemac == nullptr || time == nullptr || loginmax == nullptr) return -kBadRecord;
   return transact(kReads, [&](Store& store) {
     *state = get_setting(store, kModuleUser, kMustLogIn);
     *savemac = get_setting(store, kModuleMacUser, kRemember);
@@ -382,7 +382,7 @@ int ApiGetAuthenticateState(uint32_t* state, uint32_t* savemac, uint32_t* time, 
 }
 
 int ApiSetAuthenticateState(uint32_t state, uint32_t savemac, uint32_t time, uint32_t loginmax) {
-  if (state > 1 || savemac > 1) return -kBadValue;
+  if (state > 1 || savemac > 1) return -kBadSwitch;
   return transact(kWrites, [&](Store& store) {
     set_setting(store, kModuleUser, kMustLogIn, state);
     set_setting(store, kModuleMacUser, kRemember, savemac);
@@ -405,7 +405,7 @@ int ApiGetPortal(char* buffer, uint32_t room) {
 int ApiSetPortal(const char* url) {
   const std::string_view text = url == nullptr ? "" : url;
   const auto is_url_char = [](char c) { return c > ' ' && c < 0x7f && c != '"' && c != '\\'; };
-  if (text.empty() || text.size() > kMaxUrl || !std::ranges::all_of(text, is_url_char)) return -kBadValue;
+  if (text.empty() || text.size() > kMaxUrl || !std::ranges::all_of(text, is_url_char)) return -kBadText;
   return transact(kWrites, [&](Store& store) {
     store.execute("DELETE FROM portal");
     store.execute("INSERT INTO portal VALUES (?)", text);

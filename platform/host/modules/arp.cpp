@@ -5,9 +5,9 @@
 #include <arpa/inet.h>
 
 #include "linux/net.h"
+#include "modules/checks.h"
 #include "modules/devmg.h"
 #include "modules/general.h"
-#include "modules/host_mac.h"
 #include "modules/modules.h"
 #include "state/settings.h"
 
@@ -24,7 +24,7 @@ constexpr uint32_t kStateInBulk = 2;
 
 void set(Store& store, const ArpSettings& settings) {
   require_interface(store, text(settings.dev));
-  if (settings.deal_level > kMaxDealLevel) throw Refusal{kBadValue};
+  if (settings.deal_level > kMaxDealLevel) throw Refusal{kBadNumber};
   store.put("arp_settings", settings);
 }
 
@@ -39,7 +39,7 @@ void get(Store& store, ArpSettings& settings) {
 }
 
 void check_type(uint16_t type) {
-  if (type < 1 || type > 4) throw Refusal{kBadValue};
+  if (type < 1 || type > 4) throw Refusal{kBadType};
 }
 
 void check_binding_count(Store& store) {
@@ -53,10 +53,6 @@ void add(Store& store, const ArpBinding& binding) {
   if (binding.ip.value == 0 || !is_host_mac(binding.mac)) throw Refusal{kBadAddress};
   store.put("arp_binding", binding, Column{"state", kStateByHand});
   check_binding_count(store);
-}
-
-void refuse_if_none(int changed) {
-  if (changed == 0) throw Refusal{kNoSuchEntry};
 }
 
 void del(Store& store, const ArpBinding& binding) {
@@ -123,7 +119,7 @@ void list(Store& store, const ArpListFilter& filter, Order& order) {
 }
 
 void disonline_set(Store& store, const ArpSwitch& disonline) {
-  if (disonline.enable > 1) throw Refusal{kBadValue};
+  check_switch(disonline.enable);
   set_setting(store, kModuleArp, kDisonline, disonline.enable);
 }
 

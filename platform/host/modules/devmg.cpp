@@ -27,7 +27,7 @@ void register_interface(Store& store, std::string_view dev, uint16_t type) {
 }
 
 void add(Store& store, const DevEntry& entry) {
-  if (entry.type != kTypeNone && entry.type != kTypeLan) throw Refusal{kBadValue};
+  if (entry.type != kTypeNone && entry.type != kTypeLan) throw Refusal{kBadType};
   register_interface(store, text(entry.dev), entry.type);
 }
 
@@ -38,7 +38,7 @@ void del(Store& store, const DevEntry& entry) {
 
 void set(Store& store, const DevEntry& entry) {
   require_interface(store, text(entry.dev));
-  if (entry.wk_mode > kMaxWorkMode) throw Refusal{kBadValue};
+  if (entry.wk_mode > kMaxWorkMode) throw Refusal{kBadMode};
   store.execute("UPDATE interface SET jb_en = ?, wk_mode = ?, isp = ? WHERE dev = ?", entry.jb_en,
                 entry.wk_mode, entry.isp, entry.dev);
 }

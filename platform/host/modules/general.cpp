@@ -28,7 +28,7 @@ void error_info(Store& store, ErrorInfo& info) {
       store.execute("DELETE FROM error_info WHERE ?1 = 0 OR number = ?1", info.number);
       break;
     default:
-      throw Refusal{kBadValue};
+      throw Refusal{kBadMode};
   }
 }
 

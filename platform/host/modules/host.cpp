@@ -10,8 +10,8 @@
 #include <utility>
 
 #include "linux/net.h"
+#include "modules/checks.h"
 #include "modules/devmg.h"
-#include "modules/host_mac.h"
 #include "modules/modules.h"
 #include "records/host.h"
 #include "state/settings.h"
@@ -170,7 +170,7 @@ void connections(Store& store, const HostKey& key, Order& order) {
 
 template <const char* const& name>
 void set_ageing(Store& store, const HostAgeing& ageing) {
-  if (ageing.minutes > kMaxAgeing) throw Refusal{kBadValue};
+  if (ageing.minutes > kMaxAgeing) throw Refusal{kBadTime};
   set_setting(store, kModuleHost, name, ageing.minutes);
 }
 

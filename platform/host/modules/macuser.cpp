@@ -1,6 +1,7 @@
 // MAC memory (module 62): the MAC addresses of the hosts that accounts have logged in.
 #include "modules/macuser.h"
 
+#include "modules/checks.h"
 #include "modules/modules.h"
 #include "records/macuser.h"
 #include "state/settings.h"
@@ -14,7 +15,8 @@ int32_t timeout(Store& store) { return static_cast<int32_t>(get_setting(store, k
 
 void set(Store& store, const MacUserSetting& setting) {
   const auto seconds = static_cast<int32_t>(setting.timeout);
-  if (setting.enable > 1 || setting.timeout != static_cast<uint64_t>(seconds)) throw Refusal{kBadValue};
+  check_switch(setting.enable);
+  refuse_unless(setting.timeout == static_cast<uint64_t>(seconds), kBadTime);
   set_setting(store, kModuleMacUser, kRemember, setting.enable);
   set_setting(store, kModuleMacUser, kTimeout, static_cast<uint32_t>(seconds));
 }
@@ -34,10 +36,6 @@ void list(Store& store, Order& order) {
     row.read(entry.last, entry.mac, entry.userid, entry.card_type);
     answer.add(entry);
   }
-}
-
-void refuse_if_none(int changed) {
-  if (changed == 0) throw Refusal{kNoSuchEntry};
 }
 
 void mac_del(Store& store, const MacUserEntry& entry) {

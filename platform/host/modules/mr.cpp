@@ -5,6 +5,7 @@
 
 #include <arpa/inet.h>
 
+#include "modules/checks.h"
 #include "modules/devmg.h"
 #include "modules/general.h"
 #include "modules/modules.h"
@@ -16,14 +17,10 @@ namespace {
 
 constexpr int kMaxRoutes = 1024;
 
-void check_switch(uint32_t value) {
-  if (value > 1) throw Refusal{kBadValue};
-}
-
 void set_balance(Store& store, const LineRecord& line) {
   check_switch(line.jh);
   check_switch(line.ppp_demand);
-  if (line.wan_proto == 0) throw Refusal{kBadValue};
+  if (line.wan_proto == 0) throw Refusal{kBadType};
   store.execute(
       "UPDATE line SET jh = :jh, host_num = :host_num, wan_proto = :wan_proto, ppp_demand = :ppp_demand,"
       "  ct_num = :ct_num WHERE wanid = :wanid",
@@ -50,7 +47,7 @@ void set_dns(Store& store, const LineRecord& line) {
 // Detection runs from when it is set with its switch on until it is stopped.
 void set_detection(Store& store, uint16_t wanid, const LineDetection& zc) {
   check_switch(zc.en);
-  if (zc.act < 1 || zc.act > 2) throw Refusal{kBadValue};
+  if (zc.act < 1 || zc.act > 2) throw Refusal{kBadMode};
   store.execute(
       "INSERT OR REPLACE INTO line_zc VALUES (:wanid, :en, :en, :act, :tm, :times, :sd, :gw, :second_ip,"
       "  :target_ips_1, :target_ips_2, :target_ips_3, :target_names_1, :target_names_2, :target_names_3, "
@@ -91,7 +88,7 @@ void set_line(Store& store, const LineRecord& line) {
       set_flow(store, line);
       break;
     default:
-      throw Refusal{kBadValue};
+      throw Refusal{kBadType};
   }
   count_change(store, line.wanid);
 }
@@ -106,7 +103,7 @@ void set_ula(Store& store, const LineUla& ula) {
   require_line(store, ula.wanid);
   const bool is_unique_local = (ula.prefix.bytes[0] & 0xfe) == 0xfc;
   if (!is_unique_local) throw Refusal{kBadAddress};
-  if (ula.prefix_length > 128) throw Refusal{kBadValue};
+  if (ula.prefix_length > 128) throw Refusal{kBadMask};
   store.execute("UPDATE line SET ula = :prefix, ula_length = :prefix_length WHERE wanid = :wanid", ula);
   count_change(store, ula.wanid);
 }
@@ -134,7 +131,7 @@ void list(Store& store, Order& order) {
 }
 
 void set_mode(Store& store, const LineMode& mode) {
-  if (mode.type < kByHost || mode.type > kByWeights) throw Refusal{kBadValue};
+  if (mode.type < kByHost || mode.type > kByWeights) throw Refusal{kBadMode};
   set_setting(store, kModuleMr, "type", mode.type);
   set_setting(store, kModuleMr, "zn_val", mode.zn_val);
   set_setting(store, kModuleMr, "ct_rule_name", mode.ct_rule_name);
@@ -157,7 +154,7 @@ void get_mode(Store& store, LineMode& mode) {
 
 void check_mask(Ip4 mask) {
   const uint32_t host_bits = ~ntohl(mask.value);
-  if ((host_bits & (host_bits + 1)) != 0) throw Refusal{kBadAddress};
+  refuse_unless((host_bits & (host_bits + 1)) == 0, kBadMask);
 }
 
 void add_route(Store& store, const LineRoute& route) {

@@ -1,6 +1,7 @@
 // A kernel module's view of the order that it handles.
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
 #include <cstring>
 #include <type_traits>
@@ -33,7 +34,7 @@ class Order {
   template <typename T>
   T request(uint32_t offset = 0) const {
     static_assert(std::is_trivially_copyable_v<T>);
-    if (room(offset) < sizeof(T)) throw Refusal{kBadValue};
+    if (room(offset) < sizeof(T)) throw Refusal{kBadRecord};
     T value;
     memcpy(&value, payload() + offset, sizeof value);
     return value;
@@ -41,7 +42,7 @@ class Order {
 
   // Bytes of the payload from its start. A record that ends before them is refused.
   std::vector<uint8_t> request_bytes(uint32_t size) const {
-    if (room() < size) throw Refusal{kBadValue};
+    if (room() < size) throw Refusal{kBadRecord};
     return {payload(), payload() + size};
   }
 

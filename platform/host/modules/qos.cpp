@@ -6,6 +6,7 @@
 #include <ctime>
 
 #include "linux/net.h"
+#include "modules/checks.h"
 #include "modules/general.h"
 #include "modules/modules.h"
 #include "modules/mr.h"
@@ -20,13 +21,14 @@ constexpr int64_t kMinReadingMs = 100;
 // A device is an interface of the registry, or one that Linux has.
 void require_device(Store& store, std::string_view dev) {
   if (store.number("SELECT count(*) FROM interface WHERE dev = ?", dev) == 0 && !linux_has_interface(dev)) {
-    throw Refusal{kUnknownDevice};
+    throw Refusal{kUnknownInterface};
   }
 }
 
 void set(Store& store, const QosDevSettings& settings) {
   require_device(store, text(settings.dev));
-  if (settings.en > 1 || settings.type > 1) throw Refusal{kBadValue};
+  check_switch(settings.en);
+  refuse_unless(settings.type <= 1, kBadType);
   store.execute("INSERT OR REPLACE INTO qos_device VALUES (?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?)",
                 settings.dev, settings.type, settings.en, settings.ge_tm, settings.tcpwin, settings.up,
                 settings.down, settings.up_fast, settings.down_fast, settings.up_ctskb, settings.down_ctskb,
@@ -105,7 +107,7 @@ void forget_readings(Store& store) { store.execute("DELETE FROM qos_reading"); }
 void no_queue(Store& store, QosNoQueue& values) {
   require_device(store, text(values.dev));
   if (values.is_set != 0) {
-    if (std::max(values.up, values.down) > kMaxSpeedValue) throw Refusal{kBadValue};
+    if (std::max(values.up, values.down) > kMaxSpeedValue) throw Refusal{kBadNumber};
     store.execute("INSERT OR REPLACE INTO qos_no_queue VALUES (?, ?, ?)", values.dev, values.up, values.down);
     if (store.number("SELECT count(*) FROM qos_no_queue") > kMaxDevices) throw Refusal{kTableFull};
   }
@@ -158,7 +160,7 @@ void vpn_limit(Store& store, QosVpnLimit& vpn) {
 }
 
 void speed_limit(Store& store, QosSpeedLimit& limit) {
-  if (limit.off > 1) throw Refusal{kBadValue};
+  check_switch(limit.off);
   if (limit.is_set != 0) set_setting(store, kModuleQos, "speed_limit_off", limit.off);
   limit.off = get_setting(store, kModuleQos, "speed_limit_off");
 }
@@ -181,7 +183,7 @@ void get_speed_values(Store& store, QosSpeedValues& speed) {
 }
 
 void set_speed_values(Store& store, const QosSpeedValues& speed) {
-  if (std::ranges::max(speed.values) > kMaxSpeedValue) throw Refusal{kBadValue};
+  if (std::ranges::max(speed.values) > kMaxSpeedValue) throw Refusal{kBadNumber};
   store.execute("INSERT OR REPLACE INTO qos_speed_value VALUES (0, ?)", speed.values);
 }
 

@@ -5,7 +5,7 @@
 
 #include <cstddef>
 
-#include "modules/host_mac.h"
+#include "modules/checks.h"
 #include "modules/modules.h"
 #include "records/list.h"
 #include "records/rule.h"
@@ -46,37 +46,20 @@ uint32_t list_bytes(const Rule& rule) {
 }
 uint32_t list_bytes(const FilterRule& rule) { return rule.id_count * uint32_t{sizeof(NumberRange)}; }
 
-void refuse_unless(bool good, Result why) {
-  if (!good) throw Refusal{why};
-}
-
 void check(const AccRule& rule) {
-  refuse_unless(rule.act <= 1 && rule.log <= 1, kBadValue);
-  refuse_unless(rule.type != kRuleMac || is_host_mac(rule.mac), kBadAddress);
+  check_switch(rule.act);
+  check_switch(rule.log);
+  refuse_unless(rule.type != kRuleMac || is_host_mac(rule.mac), kBadMac);
 }
 
 void check(const WhitelistEntry&) {}
 
-void check(const MrouteRule& rule) { refuse_unless(rule.log <= 1, kBadValue); }
+void check(const MrouteRule& rule) { check_switch(rule.log); }
 
 void check(const FilterRule& rule) {
-  refuse_unless(rule.act <= 1 && rule.log <= 1, kBadValue);
-  refuse_unless(rule.gid != 0 || rule.id_count != 0, kBadValue);  // nothing at all of nobody in particular
-}
-
-// Steps over the lists that follow a record, those of a destination block among them included. What the
-// counts speak of must be there.
-template <typename Record>
-void skip_lists(const Record& record, std::span<const uint8_t>& bytes) {
-  Record::each_list(record, [&]<typename Element>(const char*, ListOf<Element> list) {
-    for (uint32_t i = 0; i < list.count; ++i) {
-      refuse_unless(bytes.size() >= sizeof(Element), kBadValue);
-      Element element;
-      memcpy(&element, bytes.data(), sizeof element);
-      bytes = bytes.subspan(sizeof element);
-      if constexpr (HasLists<Element>) skip_lists(element, bytes);
-    }
-  });
+  check_switch(rule.act);
+  check_switch(rule.log);
+  refuse_unless(rule.gid != 0 || rule.id_count != 0, kEmptyList);  // nothing at all of nobody in particular
 }
 
 uint8_t route_type(const MrouteRule& rule) {
@@ -94,8 +77,8 @@ void add(Store& store, const Rule& request, Order& order) {
   check(rule);
   std::vector<uint8_t> record = order.request_bytes(uint32_t{sizeof rule} + list_bytes(rule));
   std::span<const uint8_t> lists(record.data() + sizeof rule, record.size() - sizeof rule);
-  skip_lists(rule, lists);
-  refuse_unless(lists.empty(), kBadValue);
+  check_lists(rule, lists);
+  refuse_unless(lists.empty(), kBadRecord);
   memcpy(record.data(), &rule, sizeof rule);
 
   if (store.execute("INSERT OR IGNORE INTO rule (tab, gid, name, prio, kind, record) "
@@ -130,7 +113,7 @@ void del_all(Store& store) {
 
 // Which routing rules to delete is their type; 0 deletes all.
 void del_all_routes(Store& store, const MrouteRule& request) {
-  refuse_unless(request.delall_which <= kByApplication, kBadValue);
+  refuse_unless(request.delall_which <= kByApplication, kBadType);
   store.execute("DELETE FROM rule WHERE tab = ?1 AND (?2 = 0 OR kind = ?2)", kMroute, request.delall_which);
 }
 
@@ -155,7 +138,7 @@ void list_filters(Store& store, const FilterListRequest& request, Order& order) 
 }
 
 void set_default(Store& store, const AccDefault& setting) {
-  refuse_unless(setting.action <= kMaxAccDefault, kBadValue);
+  refuse_unless(setting.action <= kMaxAccDefault, kBadMode);
   set_setting(store, kModuleRule, kDefaultAction, setting.action);
 }
 

@@ -6,7 +6,7 @@
 
 #include <algorithm>
 
-#include "modules/host_mac.h"
+#include "modules/checks.h"
 #include "modules/modules.h"
 #include "platform/address.h"
 #include "state/settings.h"
@@ -17,15 +17,6 @@ constexpr int kMaxAccounts = 4096;
 constexpr uint32_t kMaxCardType = 255;
 constexpr uint32_t kRequestFlags =
     kUserFixedIp | kUserFixedMac | kUserOff | kUserAnyIp | kUserAnyMac | kUserPppoe | kUserWeb;
-
-void check_name(std::string_view name) {
-  const auto is_control = [](char c) { return static_cast<uint8_t>(c) < ' ' || c == 0x7f; };
-  if (name.empty() || std::ranges::any_of(name, is_control)) throw Refusal{kBadName};
-}
-
-void refuse_if_none(int changed) {
-  if (changed == 0) throw Refusal{kUnknownUser};
-}
 
 // Adding an account again gives it everything anew but its id, its expiry date and its traffic.
 void add(Store& store, const UserRequest& user) {
@@ -48,13 +39,14 @@ void add(Store& store, const UserRequest& user) {
 }
 
 void del(Store& store, const UserRequest& user) {
-  refuse_if_none(store.execute("DELETE FROM account WHERE name = ?", user.name));
+  refuse_if_none(store.execute("DELETE FROM account WHERE name = ?", user.name), kUnknownUser);
 }
 
 // Deletes all accounts that may use a service, or of these only the expired ones.
 void del_all(Store& store, const UserDelAll& filter) {
   constexpr uint32_t kServices[] = {kUserWeb | kUserPppoe, kUserWeb, kUserPppoe};
-  if (filter.type >= std::size(kServices) || filter.expired_type > 1) throw Refusal{kBadValue};
+  refuse_unless(filter.type < std::size(kServices), kBadType);
+  check_switch(filter.expired_type);
   store.execute(
       "DELETE FROM account WHERE (?1 = 0 OR flags & ?2) AND (?3 = 0 OR ddate BETWEEN 1 AND unixepoch())",
       filter.type, kServices[filter.type], filter.expired_type);
@@ -113,16 +105,17 @@ void name_info(Store& store, const UserNameInfo& request, Order& order) {
 // For both orders: there is no session here that one of them would spare.
 void log_out_all(Store& store, const UserKick& kick) {
   constexpr uint32_t kServices[] = {kUserPppoe | kUserWeb, kUserPppoe, kUserWeb};
-  if (kick.type >= std::size(kServices)) throw Refusal{kBadValue};
+  refuse_unless(kick.type < std::size(kServices), kBadType);
   store.execute("DELETE FROM session WHERE service & ?", kServices[kick.type]);
 }
 
 // A locked account cannot log in, and its hosts are logged out.
 void lock(Store& store, const UserLock& lock) {
-  if (lock.all > 1 || lock.lock > 1) throw Refusal{kBadValue};
+  check_switch(lock.all);
+  check_switch(lock.lock);
   const int changed =
       store.execute("UPDATE account SET locked = ? WHERE ? OR name = ?", lock.lock, lock.all, lock.name);
-  if (lock.all == 0) refuse_if_none(changed);
+  if (lock.all == 0) refuse_if_none(changed, kUnknownUser);
   store.execute("DELETE FROM session WHERE userid IN (SELECT userid FROM account WHERE locked)");
 }
 
@@ -132,7 +125,7 @@ constexpr const char* kAutoscan = "autoscan";
 constexpr const char* kAutoscanMinutes = "autoscan minutes";
 
 void autoscan_set(Store& store, const UserAutoscan& autoscan) {
-  if (autoscan.enable > 1) throw Refusal{kBadValue};
+  check_switch(autoscan.enable);
   set_setting(store, kModuleUser, kAutoscan, autoscan.enable);
   set_setting(store, kModuleUser, kAutoscanMinutes, autoscan.interval_time);
 }
@@ -147,7 +140,8 @@ void js_mod(Store& store, const UserJsMod& js_mod) {
 }
 
 void card(Store& store, UserCard& card) {
-  if (card.type > kMaxCardType || card.en > 1) throw Refusal{kBadValue};
+  refuse_unless(card.type <= kMaxCardType, kBadType);
+  check_switch(card.en);
   const std::string name = "card " + std::to_string(card.type);
   if (card.op == 1) set_setting(store, kModuleUser, name.c_str(), card.en);
   card.en = get_setting(store, kModuleUser, name.c_str());

@@ -1,0 +1,76 @@
+// What modules check alike, and how they refuse.
+#pragma once
+
+#include <string>
+#include <string_view>
+
+#include "modules/order.h"
+#include "records/list.h"
+#include "state/store.h"
+
+inline void refuse_unless(bool good, Result why) {
+  if (!good) throw Refusal{why};
+}
+
+// For what a statement has changed or deleted.
+inline void refuse_if_none(int changed, Result why = kNoSuchEntry) { refuse_unless(changed != 0, why); }
+
+// After an insertion.
+inline void refuse_if_full(Store& store, const std::string& table, int64_t most) {
+  refuse_unless(store.number(("SELECT count(*) FROM " + table).c_str()) <= most, kTableFull);
+}
+
+inline void check_switch(uint32_t value) { refuse_unless(value <= 1, kBadSwitch); }
+
+// A list shows the text, a line an entry.
+inline void check_text(std::string_view text) {
+  for (const char c : text) refuse_unless(static_cast<uint8_t>(c) >= ' ' && c != 0x7f, kBadText);
+}
+
+inline void check_name(std::string_view name) {
+  refuse_unless(!name.empty(), kBadName);
+  check_text(name);
+}
+
+// Neither all zero nor that of a group of hosts.
+inline bool is_host_mac(const Mac& mac) { return (mac.bytes[0] & 1) == 0 && mac != Mac{}; }
+
+// Neither of this network's own (RFC 1122, section 3.2.1.3) nor a group of hosts or all of them.
+inline bool is_host_ip(const Ip4& ip) {
+  const uint32_t first_byte = ntohl(ip.value) >> 24;
+  return first_byte != 0 && first_byte != 127 && first_byte < 224;
+}
+
+// The elements of lists. Whoever reads a list from text makes a range that ends before it starts of an item
+// that it does not understand.
+inline void check_element(const V4Range& range) {
+  refuse_unless(range.first.value <= range.last.value, kBadAddress);
+}
+inline void check_element(const V6Range& range) {
+  refuse_unless(memcmp(range.first.bytes, range.last.bytes, sizeof range.first.bytes) <= 0, kBadAddress);
+}
+inline void check_element(const NumberRange& range) { refuse_unless(range.first <= range.last, kBadList); }
+inline void check_element(const IdRange& range) { refuse_unless(range.first <= range.last, kBadList); }
+inline void check_element(const ProtocolEntry& entry) {
+  refuse_unless(entry.source.first <= entry.source.last && entry.destination.first <= entry.destination.last,
+                kBadDestination);
+}
+inline void check_element(const IpPortBlock& block) {
+  refuse_unless(block.cl_type_fei <= 1 && block.dns_en <= 1, kBadDestination);
+}
+
+// Steps over the lists that follow a record, those of a destination block among them included, and checks
+// their elements. What the counts speak of must be there.
+template <typename Record>
+void check_lists(const Record& record, std::span<const uint8_t>& bytes) {
+  Record::each_list(record, [&]<typename Element>(const char*, ListOf<Element> list) {
+    for (uint32_t i = 0; i < list.count; ++i) {
+      refuse_unless(bytes.size() >= sizeof(Element), kBadRecord);
+      Element element;
+      memcpy(&element, bytes.data(), sizeof element);
+      bytes = bytes.subspan(sizeof element);
+      check_element(element);
+      if constexpr (HasLists<Element>) check_lists(element, bytes);
+    }
+  });
+}
