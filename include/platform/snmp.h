@@ -11,6 +11,11 @@ extern "C" {
 // does not answer or does not know the host, or when a text is null, empty or of another form, and then `mac`
 // is not touched. Takes a bounded time, two seconds in all: a question that is not answered is asked once
 // more.
+//
+// A process that asks for one host after the other does not wait for each of them: when an agent has not
+// answered three calls in a row with this peer and community, the next ones fail at once, for a minute. Any
+// answer, "no such entry" too, lets the agent be asked again, and so does a call with another peer or
+// community in between.
 int snmp_get_mac_by_ipstr(const char* community, const char* peer, const char* ip, void* mac);
 
 #ifdef __cplusplus

@@ -104,7 +104,7 @@ TEST_F(Snmp, FindsHostsOnAnyInterfaceOfTheAgent) {
   }
 }
 
-TEST_F(Snmp, SilenceCostsTwoSeconds) {
+TEST_F(Snmp, SilenceCostsTwoSecondsThreeTimes) {
   start_agent(std::string(kOldTable) + "905.10.0.0.9 octet_str \"0x020000000009\"\n");
   ASSERT_EQ(ask("10.0.0.9"), "02:00:00:00:00:09");
   const auto seconds = [this](const char* community) {
@@ -112,7 +112,11 @@ TEST_F(Snmp, SilenceCostsTwoSeconds) {
     EXPECT_EQ(ask("10.0.0.9", community), "none");
     return std::chrono::duration<double>(std::chrono::steady_clock::now() - before).count();
   };
-  EXPECT_NEAR(seconds("wrong"), 2, 0.5);  // agents do not answer strangers
+  for (int i = 0; i < 3; ++i) EXPECT_NEAR(seconds("wrong"), 2, 0.5) << i;  // agents do not answer strangers
+  EXPECT_LT(seconds("wrong"), 0.5);
+  EXPECT_EQ(ask("10.0.0.9"), "02:00:00:00:00:09");
+  for (int i = 0; i < 4; ++i) EXPECT_EQ(ask("10.0.0.7"), "none");  // which is an answer
+  EXPECT_EQ(ask("10.0.0.9"), "02:00:00:00:00:09");
   peer = "127.0.0.1:" + std::to_string(free_port());
   EXPECT_NEAR(seconds("secret"), 2, 0.5);
   for (const char* other : {"localhost", "127.0.0.1:", "127.0.0.1:0", "127.0.0.1:65536", "unix:/tmp/x", ""}) {

@@ -6,13 +6,15 @@
 #include <net-snmp/net-snmp-config.h>
 #include <net-snmp/net-snmp-includes.h>
 
+#include <algorithm>
 #include <charconv>
 #include <chrono>
 #include <cstring>
 #include <span>
 #include <string>
 #include <string_view>
-#include <vector>
+
+#include "api/guard.h"
 
 namespace {
 
@@ -22,32 +24,43 @@ using std::chrono::microseconds;
 constexpr microseconds kMaxTry = std::chrono::seconds(1);
 constexpr microseconds kMaxTime = 2 * kMaxTry;
 
-using Oid = std::vector<oid>;
+// An agent that has been silent this often is left in peace for a while.
+constexpr int kMaxSilences = 3;
+constexpr auto kPeace = std::chrono::minutes(1);
+
+// A name of something that agents know; what goes beyond the longest one that there can be is cut off.
+struct Oid {
+  oid parts[MAX_OID_LEN] = {};
+  size_t size = 0;
+
+  void add(oid part) {
+    if (size < std::size(parts)) parts[size++] = part;
+  }
+  template <typename Part>
+  void add(std::span<Part> more) {
+    for (const Part part : more) add(part);
+  }
+  std::span<const oid> all() const { return {parts, size}; }
+};
 
 // A column of MAC addresses: its entries are named COLUMN.INTERFACE.KEY, where the key says which host.
 struct Place {
-  Oid column;
+  std::span<const oid> column;
   Oid key;
 };
 
-// The tables where a host may stand: the newer one of both kinds of addresses, and for IPv4 the one before
-// it, which agents of any age have.
-std::vector<Place> places_of(const char* ip) {
-  const Oid media_column = {1, 3, 6, 1, 2, 1, 4, 22, 1, 2};     // ipNetToMediaPhysAddress
-  const Oid physical_column = {1, 3, 6, 1, 2, 1, 4, 35, 1, 4};  // ipNetToPhysicalPhysAddress
-  uint8_t bytes[16];
-  if (inet_pton(AF_INET, ip, bytes) == 1) {
-    const Oid key(bytes, bytes + 4);
-    Oid typed_key = {1, 4};  // ipv4, of four bytes
-    typed_key.insert(typed_key.end(), key.begin(), key.end());
-    return {{media_column, key}, {physical_column, typed_key}};
-  }
-  if (inet_pton(AF_INET6, ip, bytes) == 1) {
-    Oid typed_key = {2, 16};  // ipv6
-    typed_key.insert(typed_key.end(), bytes, bytes + 16);
-    return {{physical_column, typed_key}};
-  }
-  return {};
+constexpr oid kMediaColumn[] = {1, 3, 6, 1, 2, 1, 4, 22, 1, 2};     // ipNetToMediaPhysAddress
+constexpr oid kPhysicalColumn[] = {1, 3, 6, 1, 2, 1, 4, 35, 1, 4};  // ipNetToPhysicalPhysAddress
+
+// The type of an address and its number of bytes.
+constexpr oid kIp4[] = {1, 4};
+constexpr oid kIp6[] = {2, 16};
+
+Oid key_of(std::span<const oid> type, std::span<const uint8_t> address) {
+  Oid key;
+  key.add(type);
+  key.add(address);
+  return key;
 }
 
 // "ADDRESS" or "ADDRESS:PORT". Names are not looked up: that takes as long as it takes.
@@ -64,7 +77,8 @@ bool is_peer(std::string_view peer) {
 
 struct Entry {
   Oid name;
-  std::vector<uint8_t> value;
+  uint8_t mac[6] = {};
+  bool is_mac = false;  // else the value is something else
 };
 
 // A conversation with one agent, which is over after kMaxTime.
@@ -87,6 +101,8 @@ class Agent {
   Agent(const Agent&) = delete;
   Agent& operator=(const Agent&) = delete;
 
+  bool has_answered() const { return has_answered_; }
+
   // The first entry behind a name. False when there is none, or no answer.
   bool next(const Oid& name, Entry& entry) {
     const auto left = std::chrono::duration_cast<microseconds>(deadline_ - Clock::now());
@@ -96,15 +112,19 @@ class Agent {
     session->timeout = static_cast<long>((left / (session->retries + 1)).count());
 
     netsnmp_pdu* request = snmp_pdu_create(SNMP_MSG_GETNEXT);
-    snmp_add_null_var(request, name.data(), name.size());
+    if (request == nullptr) throw std::bad_alloc();
+    snmp_add_null_var(request, name.parts, name.size);
     netsnmp_pdu* answer = nullptr;
-    const int status = snmp_sess_synch_response(handle_, request, &answer);
-    const bool is_found = status == STAT_SUCCESS && answer->errstat == SNMP_ERR_NOERROR &&
+    const bool is_answered = snmp_sess_synch_response(handle_, request, &answer) == STAT_SUCCESS;
+    has_answered_ |= is_answered;
+    const bool is_found = is_answered && answer->errstat == SNMP_ERR_NOERROR &&
                           answer->variables != nullptr && answer->variables->type == ASN_OCTET_STR;
     if (is_found) {
       const netsnmp_variable_list& found = *answer->variables;
-      entry.name.assign(found.name, found.name + found.name_length);
-      entry.value.assign(found.val.string, found.val.string + found.val_len);
+      entry.name = {};
+      entry.name.add(std::span(found.name, found.name_length));
+      entry.is_mac = found.val_len == sizeof entry.mac;
+      if (entry.is_mac) memcpy(entry.mac, found.val.string, sizeof entry.mac);
     }
     if (answer != nullptr) snmp_free_pdu(answer);
     return is_found;
@@ -112,49 +132,83 @@ class Agent {
 
  private:
   void* handle_;
+  bool has_answered_ = false;
   Clock::time_point deadline_ = Clock::now() + kMaxTime;
 };
 
-Oid joined(const Oid& column, oid interface, const Oid& key) {
-  Oid name = column;
-  name.push_back(interface);
-  name.insert(name.end(), key.begin(), key.end());
+Oid entry_name(const Place& place, oid interface) {
+  Oid name;
+  name.add(place.column);
+  name.add(interface);
+  name.add(place.key.all());
   return name;
 }
 
 // The last possible name before this one among names of the same length.
 Oid just_before(Oid name) {
-  if (name.back() == 0) {
-    name.pop_back();
+  oid& last = name.parts[name.size - 1];
+  if (last == 0) {
+    --name.size;
   } else {
-    --name.back();
-    name.push_back(MAX_SUBID);
+    --last;
+    name.add(MAX_SUBID);
   }
   return name;
 }
 
 // Asks once an interface of the agent, for what stands where the host would: tables of routers are long.
 bool find(Agent& agent, const Place& place, uint8_t* mac) {
-  const size_t key_start = place.column.size() + 1;
+  const size_t column_size = place.column.size();
   Entry entry;
   for (oid interface = 0; interface <= INT32_MAX;) {
-    const Oid wanted = joined(place.column, interface, place.key);
+    const Oid wanted = entry_name(place, interface);
     if (!agent.next(just_before(wanted), entry)) return false;
-    if (entry.name == wanted) {
-      if (entry.value.size() != 6) return false;
-      memcpy(mac, entry.value.data(), 6);
-      return true;
+    const std::span<const oid> name = entry.name.all();
+    if (std::ranges::equal(name, wanted.all())) {
+      if (entry.is_mac) memcpy(mac, entry.mac, sizeof entry.mac);
+      return entry.is_mac;
     }
     // Out of the column, or an agent that goes in circles.
-    if (entry.name.size() < key_start ||
-        !std::equal(place.column.begin(), place.column.end(), entry.name.begin()) ||
-        entry.name[key_start - 1] < interface) {
+    if (name.size() <= column_size || !std::ranges::equal(name.first(column_size), place.column) ||
+        name[column_size] < interface) {
       return false;
     }
-    const oid found = entry.name[key_start - 1];
+    const oid found = name[column_size];
     interface = found == interface ? interface + 1 : found;
   }
   return false;
+}
+
+// The tables where a host may stand: the newer one of both kinds of addresses, and for IPv4 the one before
+// it, which agents of any age have.
+bool find_host(Agent& agent, std::span<const uint8_t> address, uint8_t* mac) {
+  if (address.size() == 16) return find(agent, {kPhysicalColumn, key_of(kIp6, address)}, mac);
+  return find(agent, {kMediaColumn, key_of({}, address)}, mac) ||
+         find(agent, {kPhysicalColumn, key_of(kIp4, address)}, mac);
+}
+
+// The agent that was asked last.
+struct Known {
+  std::string community;
+  std::string peer;
+  int silences = 0;  // questions in a row that it has not answered
+  Clock::time_point asked = {};
+};
+
+bool ask(const char* community, const char* peer, const char* ip, uint8_t* mac) {
+  static Known last;
+  uint8_t address[16];
+  const bool is_ip4 = inet_pton(AF_INET, ip, address) == 1;
+  if (!is_peer(peer) || (!is_ip4 && inet_pton(AF_INET6, ip, address) != 1)) return false;
+  if (last.community != community || last.peer != peer) last = {community, peer};
+  if (last.silences >= kMaxSilences && Clock::now() < last.asked + kPeace) return false;
+
+  snmp_disable_log();
+  Agent agent(community, peer);
+  const bool is_found = find_host(agent, std::span(address).first(is_ip4 ? 4 : 16), mac);
+  last.silences = agent.has_answered() ? 0 : last.silences + 1;
+  last.asked = Clock::now();
+  return is_found;
 }
 
 }  // namespace
@@ -162,11 +216,5 @@ bool find(Agent& agent, const Place& place, uint8_t* mac) {
 extern "C" [[gnu::visibility("default")]] SnmpGetMac vek_snmp_get_mac;
 
 int vek_snmp_get_mac(const char* community, const char* peer, const char* ip, void* mac) {
-  if (!is_peer(peer)) return -1;
-  snmp_disable_log();
-  Agent agent(community, peer);
-  for (const Place& place : places_of(ip)) {
-    if (find(agent, place, static_cast<uint8_t*>(mac))) return 0;
-  }
-  return -1;
+  return guarded([=] { return ask(community, peer, ip, static_cast<uint8_t*>(mac)) ? 0 : -1; }, -1);
 }
