@@ -161,6 +161,9 @@ TEST_F(Lab, SaysWhatIsWrongAndWhere) {
 }
 
 TEST_F(Lab, Words) {
+  const RunResult full = run({"/bin/sh", "-c", VEK_LAB " show > /dev/full"});
+  EXPECT_EQ(full.err, "vek-lab: cannot write: No space left on device\n");
+  EXPECT_EQ(full.status, 1);
   const RunResult missing = run({VEK_LAB, "load", state.file("none")});
   EXPECT_EQ(missing.err, "vek-lab: " + state.file("none") + ": cannot be read\n");
   EXPECT_EQ(missing.status, 1);

@@ -1,5 +1,8 @@
 // The state store in trouble: what was answered with ok is there, and nothing else.
+#include "state/store.h"
+
 #include <sys/stat.h>
+#include <unistd.h>
 
 #include <chrono>
 #include <filesystem>
@@ -7,6 +10,7 @@
 #include <thread>
 
 #include "host.h"
+#include "state/time.h"
 
 namespace {
 
@@ -31,13 +35,54 @@ class StoreTest : public HostTest {
 TEST_F(StoreTest, IsMadeWithItsFolders) {
   setenv("VEK_STATE", state.file("a/b/c").c_str(), 1);
   ok({"devmg add lan0 250"});
-  struct stat folder;
-  ASSERT_EQ(stat(state.file("a/b/c").c_str(), &folder), 0);
-  EXPECT_EQ(folder.st_mode & 0777, 0700u);
-
   std::ofstream(state.file("file"));
   setenv("VEK_STATE", state.file("file/folder").c_str(), 1);
   failed("devmg add lan0 250", "vek: state folder " + state.file("file/folder") + ": Not a directory\n");
+}
+
+TEST_F(StoreTest, IsForItsOwnerOnly) {
+  const auto mode = [this](const std::string& file) {
+    struct stat found = {};
+    stat(state.file(file).c_str(), &found);
+    return found.st_mode & 0777;
+  };
+  for (const mode_t mask : {0000, 0777}) {
+    const std::string folder = "a" + std::to_string(mask);
+    setenv("VEK_STATE", state.file(folder + "/b").c_str(), 1);
+    const mode_t usual = umask(mask);
+    ok({"devmg add lan0 250"});
+    umask(usual);
+    for (const std::string& made : {folder, folder + "/b"}) EXPECT_EQ(mode(made), 0700u) << mask;
+    for (const char* file : {"/b/state.db", "/b/state.db-journal"}) {
+      EXPECT_EQ(mode(folder + file), 0600u) << mask << file;
+      chmod(state.file(folder + file).c_str(), 0644);
+    }
+    ok({"devmg add lan1 250"});
+    for (const char* file : {"/b/state.db", "/b/state.db-journal"}) EXPECT_EQ(mode(folder + file), 0600u);
+  }
+
+  setenv("VEK_STATE", state.path().c_str(), 1);
+  for (const mode_t open : {0720, 0702}) {
+    chmod(state.path().c_str(), open);
+    failed("devmg add lan0 250", "vek: state folder " + state.path() + ": others may write to it\n");
+  }
+  chmod(state.path().c_str(), 0700);
+  std::string foreign = "/";
+  if (geteuid() == 0) {
+    foreign = state.file("theirs");
+    mkdir(foreign.c_str(), 0700);
+    ASSERT_EQ(chown(foreign.c_str(), 1, 1), 0);
+  }
+  setenv("VEK_STATE", foreign.c_str(), 1);
+  failed("devmg add lan0 250", "vek: state folder " + foreign + ": belongs to another user\n");
+}
+
+TEST_F(StoreTest, AFolderMayHaveAnyName) {
+  const std::string order =
+      "cd " + state.path() + "; VEK_STATE='file:a?mode=memory' exec " VEK_BINARY " devmg ";
+  EXPECT_EQ(run({"/bin/sh", "-c", order + "add lan0 250"}).out, "ok\n");
+  setenv("VEK_STATE", state.file("file:a?mode=memory").c_str(), 1);
+  EXPECT_TRUE(is_listed("lan0"));
 }
 
 TEST_F(StoreTest, LeavesAloneWhatIsNotItsOwn) {
@@ -70,14 +115,13 @@ TEST_F(StoreTest, GrowsWithItsModules) {
 }
 
 TEST_F(StoreTest, ManyWriteAtOnce) {
+  setenv("VEK_STATE", state.file("a/b").c_str(), 1);
   std::vector<std::thread> threads;
-  for (int i = 0; i < 6; ++i) {
-    threads.emplace_back([i] {  // the first of them make the store
-      for (int j = 0; j < 10; ++j) ok({"devmg add port" + std::to_string(i * 10 + j) + " 0"});
-    });
+  for (int i = 1; i <= 100; ++i) {  // the first of them make the store
+    threads.emplace_back([i] { shows("errinfo " + std::to_string(i) + " x", "not info\n"); });
   }
   for (std::thread& thread : threads) thread.join();
-  for (int i = 0; i < 60; ++i) EXPECT_TRUE(is_listed("port" + std::to_string(i))) << i;
+  for (int i = 1; i <= 100; ++i) begins("errinfo " + std::to_string(i), "x\n");
 }
 
 TEST_F(StoreTest, SurvivesAWriterThatIsKilled) {
@@ -120,6 +164,39 @@ TEST_F(StoreTest, SurvivesAFullDisk) {
   }
   EXPECT_GT(failures, 0);
   ok({"devmg add last 0"});
+}
+
+TEST_F(StoreTest, SurvivesALackOfMemory) {
+  int failures = 0;
+  for (int kilobytes = 4000; kilobytes <= 12'000; kilobytes += 40) {
+    for (const char* order :
+         {VEK_BINARY " rzglapi white mac add 02:00:00:00:00:01", VEK_LAB " load " VEK_OFFICE}) {
+      const RunResult result =
+          run({"/bin/sh", "-c", "ulimit -v " + std::to_string(kilobytes) + "; exec " + order});
+      EXPECT_LT(result.status, 128) << kilobytes << order << result.err;
+      failures += result.err.find("out of memory") != std::string::npos ? 1 : 0;
+    }
+  }
+  EXPECT_GT(failures, 0);
+}
+
+// Moments as a table keeps them.
+TEST_F(StoreTest, AgesRunOnTheClockThatNobodySets) {
+  const char* const steps[] = {"CREATE TABLE seen (at INTEGER DEFAULT (present()))"};
+  const Schema schemas[] = {{0, steps}};
+  Store store("moments.db", schemas, kWrites);
+  const int64_t since_boot = milliseconds_since_boot() / 1000;
+  store.execute("INSERT INTO seen DEFAULT VALUES");
+  const auto age = [&store](const std::string& moment) {
+    return store.number(("SELECT age(" + moment + ") FROM seen").c_str());
+  };
+  EXPECT_EQ(age("at"), 0);
+  EXPECT_EQ(age("at - 7"), 7);
+  EXPECT_EQ(age("at + 7"), 0);
+  for (const char* of_another_boot : {"at + (1 << 32)", "at - (1 << 32)", "0", "-1"}) {
+    EXPECT_NEAR(static_cast<double>(age(of_another_boot)), static_cast<double>(since_boot), 2);
+  }
+  EXPECT_EQ(store.number("SELECT age(NULL) IS NULL"), 1);
 }
 
 }  // namespace

@@ -4,8 +4,8 @@
 #include <arpa/inet.h>
 
 #include <algorithm>
-#include <cstdio>
 
+#include "api/guard.h"
 #include "modules/checks.h"
 #include "modules/macuser.h"
 #include "modules/modules.h"
@@ -28,17 +28,17 @@ constexpr const char* kMaxLogins = "max logins";
 // What is refused changes nothing and returns the result code, negated.
 template <typename Work>
 int transact(Access access, Work work) {
-  try {
-    Store store = open_state(access);
-    const int result = work(store);
-    store.commit();
-    return result;
-  } catch (const Refusal& refusal) {
-    return -static_cast<int>(refusal.code);
-  } catch (const std::exception& error) {
-    fprintf(stderr, "vek: %s\n", error.what());
-    return -1;
-  }
+  const auto transaction = [access, &work] {
+    try {
+      Store store = open_state(access);
+      const int result = work(store);
+      store.commit();
+      return result;
+    } catch (const Refusal& refusal) {
+      return -static_cast<int>(refusal.code);
+    }
+  };
+  return guarded(transaction, -1);
 }
 
 // As much of the text as fits, with its NUL. Returns the length of it all.
@@ -145,16 +145,20 @@ void add_value(Store& store, std::string_view list, const std::string& value) {
   }
 }
 
-int add(std::string_view list, const std::string& value) {
+// `value_of` is one of the functions above.
+template <typename Argument>
+int add(std::string_view list, std::string (*value_of)(Argument), Argument argument) {
   return transact(kWrites, [&](Store& store) {
-    add_value(store, list, value);
+    add_value(store, list, value_of(argument));
     return 0;
   });
 }
 
-int del(std::string_view list, const std::string& value) {
+template <typename Argument>
+int del(std::string_view list, std::string (*value_of)(Argument), Argument argument) {
   return transact(kWrites, [&](Store& store) {
-    if (store.execute("DELETE FROM portal_list WHERE list = ? AND value = ?", list, value) == 0) {
+    if (store.execute("DELETE FROM portal_list WHERE list = ? AND value = ?", list, value_of(argument)) ==
+        0) {
       throw Refusal{kNoSuchEntry};
     }
     return 0;
@@ -330,28 +334,28 @@ int ApiGetAllOnlineInfo(OnlineInfo* infos, uint32_t room) {
 
 // ---- White lists and black list ----
 
-int ApiAddWhiteMac(const char* mac) { return add(kWhiteMac, mac_value(mac)); }
-int ApiDelWhiteMac(const char* mac) { return del(kWhiteMac, mac_value(mac)); }
+int ApiAddWhiteMac(const char* mac) { return add(kWhiteMac, mac_value, mac); }
+int ApiDelWhiteMac(const char* mac) { return del(kWhiteMac, mac_value, mac); }
 int ApiGetWhiteMac(char* buffer, uint32_t room) { return get(kWhiteMac, buffer, room); }
 int ApiDelallWhiteMac() { return delete_all(kWhiteMac); }
 
-int ApiAddWhiteDomain(const char* domain) { return add(kWhiteDomain, domain_value(domain)); }
-int ApiDelWhiteDomain(const char* domain) { return del(kWhiteDomain, domain_value(domain)); }
+int ApiAddWhiteDomain(const char* domain) { return add(kWhiteDomain, domain_value, domain); }
+int ApiDelWhiteDomain(const char* domain) { return del(kWhiteDomain, domain_value, domain); }
 int ApiGetWhiteDomain(char* buffer, uint32_t room) { return get(kWhiteDomain, buffer, room); }
 int ApiDelallWhiteDomain() { return delete_all(kWhiteDomain); }
 
-int ApiAddWhiteIp(const char* ip) { return add(kWhiteIp, ip_value(ip)); }
-int ApiDelWhiteIp(const char* ip) { return del(kWhiteIp, ip_value(ip)); }
+int ApiAddWhiteIp(const char* ip) { return add(kWhiteIp, ip_value, ip); }
+int ApiDelWhiteIp(const char* ip) { return del(kWhiteIp, ip_value, ip); }
 int ApiGetWhiteIp(char* buffer, uint32_t room) { return get(kWhiteIp, buffer, room); }
 int ApiDelallWhiteIp() { return delete_all(kWhiteIp); }
 
-int ApiAddWhiteFip(const char* ip) { return add(kWhiteFip, ip_value(ip)); }
-int ApiDelWhiteFip(const char* ip) { return del(kWhiteFip, ip_value(ip)); }
+int ApiAddWhiteFip(const char* ip) { return add(kWhiteFip, ip_value, ip); }
+int ApiDelWhiteFip(const char* ip) { return del(kWhiteFip, ip_value, ip); }
 int ApiGetWhiteFip(char* buffer, uint32_t room) { return get(kWhiteFip, buffer, room); }
 int ApiDelallWhiteFip() { return delete_all(kWhiteFip); }
 
-int ApiAddWhitePort(uint32_t port) { return add(kWhitePort, port_value(port)); }
-int ApiDelWhitePort(uint32_t port) { return del(kWhitePort, port_value(port)); }
+int ApiAddWhitePort(uint32_t port) { return add(kWhitePort, port_value, port); }
+int ApiDelWhitePort(uint32_t port) { return del(kWhitePort, port_value, port); }
 int ApiGetWhitePort(char* buffer, uint32_t room) { return get(kWhitePort, buffer, room); }
 int ApiDelallWhitePort() { return delete_all(kWhitePort); }
 
@@ -363,7 +367,7 @@ int ApiAddBlackMac(const char* mac) {
     return 0;
   });
 }
-int ApiDelBlackMac(const char* mac) { return del(kBlackMac, mac_value(mac)); }
+int ApiDelBlackMac(const char* mac) { return del(kBlackMac, mac_value, mac); }
 int ApiGetBlackMac(char* buffer, uint32_t room) { return get(kBlackMac, buffer, room); }
 int ApiDelallBlackMac() { return delete_all(kBlackMac); }
 

@@ -2,6 +2,7 @@
 #include <algorithm>
 #include <cstdio>
 
+#include "api/guard.h"
 #include "modules/module.h"
 #include "modules/modules.h"
 #include "platform/order.h"
@@ -19,16 +20,14 @@ void handle(Order& order) {
   store.commit();
 }
 
-int report_failure(const char* why) {
-  fprintf(stderr, "vek: %s\n", why);
-  return -1;
-}
-
 }  // namespace
 
 [[gnu::visibility("default")]] int tesvel_order_opt_fun(void* record, uint32_t length) {
-  if (record == nullptr || length < sizeof(OrderRecord)) return report_failure("order without a record");
-  try {
+  if (record == nullptr || length < sizeof(OrderRecord)) {
+    fputs("vek: order without a record\n", stderr);
+    return -1;
+  }
+  const auto deliver = [record, length] {
     Order order(record, length);
     try {
       handle(order);
@@ -37,7 +36,6 @@ int report_failure(const char* why) {
       order.finish(refusal.code);
     }
     return 0;
-  } catch (const std::exception& error) {
-    return report_failure(error.what());
-  }
+  };
+  return guarded(deliver, -1);
 }

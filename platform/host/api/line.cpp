@@ -5,6 +5,7 @@
 #include <string>
 #include <string_view>
 
+#include "api/guard.h"
 #include "modules/modules.h"
 #include "modules/mr.h"
 #include "platform/nvram.h"
@@ -44,14 +45,12 @@ constexpr uint32_t kVpnLinks = 135;  // lines 121 to 255
 
 [[gnu::visibility("default")]] const char* tvl_get_wan_name(uint32_t line) {
   static std::string name;
-  try {
+  const auto read = [line] {
     Store store = open_state(kReads);
     name = line_device(store, line);
     return name.c_str();
-  } catch (const std::exception& error) {
-    fprintf(stderr, "vek: %s\n", error.what());
-    return nullptr;
-  }
+  };
+  return guarded(read, nullptr);
 }
 
 [[gnu::visibility("default")]] const char* tvl_vpnget(const char* name, uint32_t index) {

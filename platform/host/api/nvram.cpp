@@ -2,12 +2,9 @@
 // without waiting for its own transaction to end.
 #include "platform/nvram.h"
 
-#include <fcntl.h>
-#include <unistd.h>
-
-#include <cstdio>
-
+#include "api/guard.h"
 #include "state/store.h"
+#include "state/time.h"
 
 namespace {
 
@@ -19,15 +16,6 @@ INSERT INTO boot VALUES (''))"};
 constexpr Schema kSchemas[] = {{0, kSteps}};
 constexpr const char* kFile = "nvram.db";
 
-// Changes whenever the machine starts.
-std::string boot_id() {
-  char id[64];
-  const int file = open("/proc/sys/kernel/random/boot_id", O_RDONLY | O_CLOEXEC);
-  const ssize_t length = file < 0 ? 0 : read(file, id, sizeof id);
-  if (file >= 0) close(file);
-  return std::string(id, length > 0 ? static_cast<size_t>(length) : 0);
-}
-
 // What was not committed before the machine last started is gone. Nothing may be written before this.
 void drop_values_of_earlier_boots(Store& store) {
   if (store.execute("UPDATE boot SET id = ?1 WHERE id <> ?1", boot_id()) == 0) return;
@@ -36,17 +24,12 @@ void drop_values_of_earlier_boots(Store& store) {
 
 bool is_key(const char* key) { return key != nullptr && *key != '\0' && strchr(key, '=') == nullptr; }
 
-int report(const std::exception& error) {
-  fprintf(stderr, "vek: %s\n", error.what());
-  return -1;
-}
-
 }  // namespace
 
 [[gnu::visibility("default")]] const char* nvram_get(const char* key) {
   static std::string value;
   if (!is_key(key)) return nullptr;
-  try {
+  const auto read = [key]() -> const char* {
     Store store(kFile, kSchemas, kReads);
     Statement row = store.query(
         "SELECT value FROM (SELECT iif((SELECT id FROM boot) = ?, live, committed) AS value FROM parameter"
@@ -55,15 +38,13 @@ int report(const std::exception& error) {
     if (!row.next()) return nullptr;
     row.read(value);
     return value.c_str();
-  } catch (const std::exception& error) {
-    report(error);
-    return nullptr;
-  }
+  };
+  return guarded(read, nullptr);
 }
 
 [[gnu::visibility("default")]] int nvram_set(const char* key, const char* value) {
   if (!is_key(key)) return -1;
-  try {
+  const auto set = [key, value] {
     Store store(kFile, kSchemas, kWrites);
     drop_values_of_earlier_boots(store);
     const std::string_view name = key;
@@ -76,20 +57,18 @@ int report(const std::exception& error) {
     }
     store.commit();
     return 0;
-  } catch (const std::exception& error) {
-    return report(error);
-  }
+  };
+  return guarded(set, -1);
 }
 
 [[gnu::visibility("default")]] int nvram_commit() {
-  try {
+  const auto commit = [] {
     Store store(kFile, kSchemas, kWrites);
     drop_values_of_earlier_boots(store);
     store.execute("DELETE FROM parameter WHERE live IS NULL");
     store.execute("UPDATE parameter SET committed = live");
     store.commit();
     return 0;
-  } catch (const std::exception& error) {
-    return report(error);
-  }
+  };
+  return guarded(commit, -1);
 }

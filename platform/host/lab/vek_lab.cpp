@@ -1,9 +1,14 @@
 // vek-lab: puts hosts and whatever else only packets would tell in place, all at once or not at all.
+#include <unistd.h>
+
 #include <algorithm>
+#include <cerrno>
 #include <cstdio>
 #include <cstdlib>
+#include <cstring>
 #include <fstream>
 #include <iterator>
+#include <new>
 
 #include "lab/hosts.h"
 #include "lab/made_hosts.h"
@@ -110,18 +115,28 @@ struct Action {
 constexpr Action kActions[] = {
     {"load", 1, load}, {"reset", 0, reset}, {"show", 0, show}, {"hosts", 1, make_hosts}};
 
+// Nothing ends here but what needs memory where it cannot be refused: throwing, and letting go of JSON.
+[[noreturn]] void end() {
+  fputs("vek-lab: out of memory\n", stderr);
+  _exit(1);
+}
+
 }  // namespace
 
 int main(int argc, char** argv) {
+  std::set_terminate(end);
   for (const Action& action : kActions) {
     if (argc != 2 + action.arguments || action.word != argv[1]) continue;
     try {
       action.run(argv[argc - 1]);
-      return 0;
+      if (fflush(stdout) == 0 && ferror(stdout) == 0) return 0;
+      fprintf(stderr, "vek-lab: cannot write: %s\n", strerror(errno));
+    } catch (const std::bad_alloc&) {
+      fputs("vek-lab: out of memory\n", stderr);
     } catch (const std::exception& error) {
       fprintf(stderr, "vek-lab: %s\n", error.what());
-      return 1;
     }
+    return 1;
   }
   fputs("vek-lab load FILE\nvek-lab reset\nvek-lab show\nvek-lab hosts N\n", stderr);
   return 1;

@@ -1,6 +1,7 @@
 // The state store: where its files are, and how they are opened so that nothing that was answered gets lost.
 #include "state/store.h"
 
+#include <fcntl.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -8,10 +9,12 @@
 #include <cerrno>
 #include <cstdlib>
 
+#include "state/time.h"
+
 namespace {
 
 constexpr int64_t kApplicationId = 0x56454b31;  // marks the files as ours
-constexpr int kMaxWaitMs = 10'000;
+constexpr int kMaxWaitMs = 60'000;  // a hundred writers on a disk that takes half a second for each
 
 // Waits for another process's transaction to end. All who wait ask equally often, so that nobody is kept
 // waiting by later comers, as with SQLite's own handler, whose pauses grow.
@@ -37,15 +40,63 @@ std::string state_folder() {
   return home + "/.local/state/vek";
 }
 
-// The folder with its parents. It is for its owner only: passwords are kept in it.
+[[noreturn]] void throw_folder_error(const std::string& folder, const char* why) {
+  throw StoreError("state folder " + folder + ": " + why);
+}
+
+std::string parent_of(const std::string& path) {
+  const size_t slash = path.find_last_of('/');
+  if (slash == path.npos) return ".";
+  return slash == 0 ? "/" : path.substr(0, slash);
+}
+
+// Makes the folder with its parents, for their owner only, whatever the umask.
 void make_folder(const std::string& folder) {
-  if (mkdir(folder.c_str(), 0700) == 0 || errno == EEXIST) return;
-  const size_t slash = folder.find_last_of('/');
-  if (errno == ENOENT && slash != 0 && slash != folder.npos) {
-    make_folder(folder.substr(0, slash));
-    if (mkdir(folder.c_str(), 0700) == 0 || errno == EEXIST) return;
+  const std::string parent = parent_of(folder);
+  int result = mkdir(folder.c_str(), 0700);
+  if (result != 0 && errno == ENOENT && parent != folder) {
+    make_folder(parent);
+    result = mkdir(folder.c_str(), 0700);
   }
-  throw StoreError("state folder " + folder + ": " + strerror(errno));
+  if (result != 0 && errno == EEXIST) return;
+  if (result != 0 || chmod(folder.c_str(), 0700) != 0) throw_folder_error(folder, strerror(errno));
+}
+
+// Passwords are kept in it: nobody else may put files there or take them away.
+void require_folder(const std::string& folder) {
+  struct stat found;
+  if (stat(folder.c_str(), &found) != 0) {
+    make_folder(folder);
+    if (stat(folder.c_str(), &found) != 0) throw_folder_error(folder, strerror(errno));
+  }
+  if (!S_ISDIR(found.st_mode)) throw_folder_error(folder, strerror(ENOTDIR));
+  if (found.st_uid != geteuid()) throw_folder_error(folder, "belongs to another user");
+  if ((found.st_mode & (S_IWGRP | S_IWOTH)) != 0) throw_folder_error(folder, "others may write to it");
+}
+
+// Nobody else may read the file, nor the journal, which SQLite gives the mode of the file. Neither is opened
+// here: closing them would take away the locks that SQLite may have on them in this process.
+void require_file(const std::string& file) {
+  constexpr mode_t kOwnerOnly = 0600;
+  struct stat found;
+  if (stat(file.c_str(), &found) == 0 && (found.st_mode & 0777) == kOwnerOnly) return;
+  const std::string journal = file + "-journal";
+  if ((mknod(file.c_str(), S_IFREG | kOwnerOnly, 0) != 0 && errno != EEXIST) ||
+      chmod(file.c_str(), kOwnerOnly) != 0 || (chmod(journal.c_str(), kOwnerOnly) != 0 && errno != ENOENT)) {
+    throw StoreError(file + ": " + strerror(errno));
+  }
+}
+
+// Brings the names of the files, of their folder and of those above it to the disk. A folder that may not be
+// opened was not made by us.
+void sync_names(const std::string& file) {
+  for (std::string path = file, folder = parent_of(path); folder != path; folder = parent_of(path)) {
+    const int fd = open(folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
+    const bool is_synced = fd < 0 || fsync(fd) == 0 || errno != EIO;
+    if (fd >= 0) close(fd);
+    if (!is_synced) throw_folder_error(folder, strerror(EIO));
+    path = folder;
+  }
 }
 
 [[noreturn]] void throw_database_error(sqlite3* database) {
@@ -87,7 +138,10 @@ void Statement::bind(int index, std::string_view value) {
 
 std::string_view Statement::column_text(int column) const {
   const auto* bytes = reinterpret_cast<const char*>(sqlite3_column_text(statement_, column));
-  if (bytes == nullptr) return {};
+  if (bytes == nullptr) {
+    if (sqlite3_errcode(sqlite3_db_handle(statement_)) == SQLITE_NOMEM) check(SQLITE_NOMEM);
+    return {};
+  }
   return {bytes, static_cast<size_t>(sqlite3_column_bytes(statement_, column))};
 }
 
@@ -107,16 +161,19 @@ void Statement::check(int code) const {
 
 Store::Store(const char* name, std::span<const Schema> schemas, Access access) {
   const std::string folder = state_folder();
-  make_folder(folder);
-  const std::string file = folder + "/" + name;
-  const int flags = SQLITE_OPEN_READWRITE | SQLITE_OPEN_CREATE | SQLITE_OPEN_NOMUTEX;
+  require_folder(folder);
+  // In front of a path like this one, "file:" has no meaning to SQLite.
+  const std::string file = (folder.starts_with('/') ? "" : "./") + folder + "/" + name;
+  require_file(file);
   try {
-    if (sqlite3_open_v2(file.c_str(), &database_, flags, nullptr) != SQLITE_OK) {
+    if (sqlite3_open_v2(file.c_str(), &database_, SQLITE_OPEN_READWRITE | SQLITE_OPEN_NOMUTEX, nullptr) !=
+        SQLITE_OK) {
       const int system_error = database_ == nullptr ? ENOMEM : sqlite3_system_errno(database_);
       throw StoreError(file + ": " + (system_error != 0 ? strerror(system_error) : "cannot be opened"));
     }
     sqlite3_busy_handler(database_, wait_for_lock, nullptr);
     sqlite3_db_config(database_, SQLITE_DBCONFIG_ENABLE_FKEY, 1, nullptr);
+    add_time_functions(database_);
     const int64_t version = total_steps(schemas);
     run("BEGIN");
     const bool is_ready = is_current(version);  // throws before anything could change a file that is not ours
@@ -129,7 +186,10 @@ Store::Store(const char* name, std::span<const Schema> schemas, Access access) {
     run("PRAGMA journal_mode = TRUNCATE");
     run("PRAGMA synchronous = FULL");
     run("BEGIN IMMEDIATE");
-    if (!is_current(version)) upgrade(schemas, version);  // another process may have been first
+    if (!is_current(version)) {  // another process may have been first
+      upgrade(schemas, version);
+      sync_names(file);
+    }
     if (access == kReads) {
       run("COMMIT");
       run("BEGIN");
