@@ -1,34 +1,48 @@
-// What the running Linux knows of its network: interfaces, their flags and counters, neighbours.
+// What the running Linux knows of its network: interfaces, their flags and counters, neighbours. Each of the
+// questions throws when Linux does not answer.
 #pragma once
 
+#include <linux/if_link.h>
+
 #include <cstdint>
+#include <map>
+#include <optional>
 #include <string>
 #include <string_view>
 #include <vector>
+
+#include "records/field.h"
 
 // Whether Linux could have an interface of this name: 1 to 15 printing characters, neither '/' nor blank, and
 // not "." or "..".
 bool is_interface_name(std::string_view name);
 
-// The names of all interfaces but the loopback.
-std::vector<std::string> linux_interfaces();
+struct Interface {
+  std::string dev;
+  uint32_t index;  // Linux's number of it
+  uint32_t flags;  // those of <net/if.h>
+  rtnl_link_stats64 counters;
+};
 
-bool linux_has_interface(std::string_view name);
+// All interfaces, the loopback among them.
+std::vector<Interface> linux_interfaces();
 
-// Below, an interface that Linux does not have has the value 0.
-uint32_t linux_interface_flags(std::string_view name);
+// None when Linux does not have it.
+std::optional<Interface> linux_interface(std::string_view dev);
 
-// The machine's own IPv4 address on an interface, in network byte order.
-uint32_t linux_interface_ip(std::string_view name);
-
-// A counter of an interface by the name that Linux gives it, "rx_packets" and the like.
-uint64_t linux_interface_counter(std::string_view name, const char* counter);
+// The machine's own IPv4 addresses, the first one of each interface that has any.
+std::map<std::string, Ip4> linux_own_ips();
 
 struct Neighbour {
   std::string dev;
-  uint32_t ip;  // in network byte order
-  uint8_t mac[6];
+  IpAddress address;
+  Mac mac;
+  uint32_t idle_seconds;  // since it was last used or shown to be there
+  uint16_t state;         // NUD_REACHABLE and the like, of <linux/neighbour.h>
+
+  Ip4 ip4() const;  // 0.0.0.0 when the address is of another family
 };
 
-// The hosts whose MAC address Linux has learnt or was told.
+// The hosts whose MAC address Linux has learnt or was told, but for IPv6 addresses of the link alone, by
+// which nobody knows a host.
 std::vector<Neighbour> linux_neighbours();

@@ -70,8 +70,8 @@ void del_mac(Store& store, const ArpMacKey& key) {
 // Takes what Linux knows of an interface's neighbours, first to last address, into the database.
 void learn(Store& store, std::string_view dev, uint32_t first, uint32_t last) {
   for (const Neighbour& neighbour : linux_neighbours()) {
-    const uint32_t ip = ntohl(neighbour.ip);
-    if (neighbour.dev != dev || ip < first || ip > last) continue;
+    const uint32_t ip = ntohl(neighbour.ip4().value);
+    if (neighbour.dev != dev || ip == 0 || ip < first || ip > last) continue;
     store.execute("INSERT OR REPLACE INTO arp_learnt VALUES (?, ?, ?)", dev, ip, neighbour.mac);
   }
   if (store.number("SELECT count(*) FROM arp_learnt") > kMaxLearnt) throw Refusal{kTableFull};

@@ -2,6 +2,10 @@
 // to it, so that it goes with the interface.
 #include "modules/devmg.h"
 
+#include <net/if.h>
+
+#include <algorithm>
+
 #include "linux/net.h"
 #include "modules/modules.h"
 #include "records/devmg.h"
@@ -52,11 +56,12 @@ Statement entries(Store& store, std::string_view dev) {
       dev);
 }
 
-DevEntry read_entry(const Statement& row) {
+DevEntry read_entry(const Statement& row, const std::vector<Interface>& machine) {
   DevEntry entry = {};
   row.read(entry.dev, entry.dev_id, entry.type, entry.flags, entry.jb_en, entry.wk_mode, entry.isp,
            entry.arp);
-  entry.dev_flags = linux_interface_flags(text(entry.dev));
+  const auto found = std::ranges::find(machine, text(entry.dev), &Interface::dev);
+  if (found != machine.end()) entry.dev_flags = found->flags;
   return entry;
 }
 
@@ -64,12 +69,13 @@ void get(Store& store, DevEntry& entry) {
   require_interface(store, text(entry.dev));
   Statement row = entries(store, text(entry.dev));
   row.next();
-  entry = read_entry(row);
+  entry = read_entry(row, linux_interfaces());
 }
 
 void list(Store& store, Order& order) {
   ListAnswer<DevEntry> answer(order);
-  for (Statement row = entries(store, ""); row.next();) answer.add(read_entry(row));
+  const std::vector<Interface> machine = linux_interfaces();
+  for (Statement row = entries(store, ""); row.next();) answer.add(read_entry(row, machine));
 }
 
 // An interface is on one side only: becoming one takes the other mark, and the line's state, away.
@@ -83,9 +89,10 @@ void mark_wan(Store& store, const DevName& name) { mark(store, text(name.dev), k
 
 // Brings the interfaces of the machine into the registry; those registered stay as they are.
 void read_machine(Store& store) {
-  for (const std::string& dev : linux_interfaces()) {
-    if (store.number("SELECT count(*) FROM interface WHERE dev = ?", dev) == 0) {
-      register_interface(store, dev, kTypeNone);
+  for (const Interface& interface : linux_interfaces()) {
+    if ((interface.flags & IFF_LOOPBACK) == 0 &&
+        store.number("SELECT count(*) FROM interface WHERE dev = ?", interface.dev) == 0) {
+      register_interface(store, interface.dev, kTypeNone);
     }
   }
 }
@@ -104,13 +111,13 @@ void wan_done(Store& store, const DevName& name) {
 void stat(Store& store, DevStat& stat) {
   const std::string_view dev = text(stat.dev);
   require_interface(store, dev);
-  const uint64_t received = linux_interface_counter(dev, "rx_packets");
+  const rtnl_link_stats64 counters = linux_interface(dev).value_or(Interface{}).counters;
   stat.rx_broadcast = 0;
-  stat.rx_multicast = linux_interface_counter(dev, "multicast");
-  stat.rx_unicast = received > stat.rx_multicast ? received - stat.rx_multicast : 0;
+  stat.rx_multicast = counters.multicast;
+  stat.rx_unicast = counters.rx_packets > stat.rx_multicast ? counters.rx_packets - stat.rx_multicast : 0;
   stat.tx_broadcast = 0;
   stat.tx_multicast = 0;
-  stat.tx_unicast = linux_interface_counter(dev, "tx_packets");
+  stat.tx_unicast = counters.tx_packets;
 }
 
 constexpr const char* kSchema[] = {R"(

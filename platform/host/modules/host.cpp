@@ -4,7 +4,6 @@
 #include "modules/host.h"
 
 #include <algorithm>
-#include <ctime>
 #include <limits>
 #include <map>
 #include <utility>
@@ -15,6 +14,7 @@
 #include "modules/modules.h"
 #include "records/host.h"
 #include "state/settings.h"
+#include "state/time.h"
 
 namespace {
 
@@ -25,8 +25,6 @@ constexpr const char* kAgeing3 = "ageing3";
 
 constexpr uint64_t kFlagSeen = 1;  // of a neighbour, in its flag word
 
-uint64_t now() { return static_cast<uint64_t>(time(nullptr)); }
-
 // Seconds after which what is silent is gone; 0 minutes are for ever.
 int64_t ageing_seconds(Store& store, const char* name, uint32_t if_never_set) {
   const uint32_t minutes = get_setting(store, kModuleHost, name, if_never_set);
@@ -34,24 +32,16 @@ int64_t ageing_seconds(Store& store, const char* name, uint32_t if_never_set) {
 }
 int64_t host_ageing_seconds(Store& store) { return ageing_seconds(store, kAgeing, kFirstAgeing); }
 
-IpAddress combined(uint32_t ip) {
-  IpAddress address = {};
-  address.family = 4;
-  memcpy(address.bytes, &ip, sizeof ip);
-  return address;
-}
-
 // Linux does not tell since when it has known a neighbour. The MAC address of a neighbour is its own, so that
 // nobody need be asked for it.
-HostAiEntry neighbour_host(const Neighbour& neighbour) {
+HostAiEntry neighbour_host(const Neighbour& neighbour, Ip4 own_ip) {
   HostAiEntry entry = {};
   HostEntry& host = entry.host;
-  host.ip = combined(neighbour.ip);
+  host.ip = neighbour.address;
   host.flag = {kFlagSeen};
-  host.arp_ip = {neighbour.ip};
-  host.local_ip = {linux_interface_ip(neighbour.dev)};
-  memcpy(&host.local_mac, neighbour.mac, sizeof host.local_mac);
-  host.real_mac = host.local_mac;
+  host.arp_ip = neighbour.ip4();
+  host.local_ip = own_ip;
+  host.local_mac = host.real_mac = neighbour.mac;
   host.no_snmp = 1;
   copy_text(host.devname, neighbour.dev);
   copy_text(entry.in_devname, neighbour.dev);
@@ -62,9 +52,11 @@ std::map<IpAddress, HostAiEntry> neighbour_hosts(Store& store) {
   std::map<IpAddress, HostAiEntry> hosts;
   const std::vector<std::string> devs = select_interfaces(store, "lan");
   if (devs.empty()) return hosts;
+  const auto own_ips = linux_own_ips();
   for (const Neighbour& neighbour : linux_neighbours()) {
-    if (std::ranges::find(devs, neighbour.dev) == devs.end()) continue;
-    const HostAiEntry entry = neighbour_host(neighbour);
+    if (neighbour.ip4().value == 0 || std::ranges::find(devs, neighbour.dev) == devs.end()) continue;
+    const auto own_ip = own_ips.find(neighbour.dev);
+    const HostAiEntry entry = neighbour_host(neighbour, own_ip == own_ips.end() ? Ip4{} : own_ip->second);
     hosts.emplace(entry.host.ip, entry);
   }
   return hosts;
@@ -88,7 +80,7 @@ template <typename Visit>
 void each_host(Store& store, Visit visit) {
   const std::map<IpAddress, Mac> macs = real_macs(store);
   const int64_t ageing = host_ageing_seconds(store);
-  const uint64_t present = now();
+  const uint64_t present = calendar_seconds();
   const auto finish = [&](HostAiEntry& entry, uint64_t idle) {
     HostEntry& host = entry.host;
     host.last_tm = present - std::min(idle, present);
@@ -176,7 +168,7 @@ void set_ageing(Store& store, const HostAgeing& ageing) {
 
 void third_list(Store& store, Order& order) {
   ListAnswer<ThirdEntry> answer(order);
-  const int64_t oldest = static_cast<int64_t>(now()) - ageing_seconds(store, kAgeing3, 0);
+  const int64_t oldest = static_cast<int64_t>(calendar_seconds()) - ageing_seconds(store, kAgeing3, 0);
   Statement row = store.query("SELECT * FROM host_third WHERE creat_tm > ? ORDER BY ip", oldest);
   while (row.next()) {
     ThirdEntry entry = {};

@@ -3,7 +3,6 @@
 #include "records/qos.h"
 
 #include <algorithm>
-#include <ctime>
 
 #include "linux/net.h"
 #include "modules/checks.h"
@@ -11,6 +10,7 @@
 #include "modules/modules.h"
 #include "modules/mr.h"
 #include "state/settings.h"
+#include "state/time.h"
 
 namespace {
 
@@ -20,7 +20,7 @@ constexpr int64_t kMinReadingMs = 100;
 
 // A device is an interface of the registry, or one that Linux has.
 void require_device(Store& store, std::string_view dev) {
-  if (store.number("SELECT count(*) FROM interface WHERE dev = ?", dev) == 0 && !linux_has_interface(dev)) {
+  if (store.number("SELECT count(*) FROM interface WHERE dev = ?", dev) == 0 && !linux_interface(dev)) {
     throw Refusal{kUnknownInterface};
   }
 }
@@ -48,12 +48,6 @@ void get(Store& store, QosDevSettings& settings) {
              found.hi_down);
   }
   settings = found;
-}
-
-int64_t milliseconds_since_boot() {
-  struct timespec now = {};
-  clock_gettime(CLOCK_BOOTTIME, &now);
-  return int64_t{now.tv_sec} * 1000 + now.tv_nsec / 1'000'000;
 }
 
 // Keeps two readings of a device's counters: the new one takes the place of the older. When the last one is
@@ -93,10 +87,11 @@ void state(Store& store, QosDevStats& stats) {
   found.iptype = stats.iptype;
   found.sp_max_up = settings.up;
   found.sp_max_down = settings.down;
-  found.up = {linux_interface_counter(dev, "tx_bytes"), linux_interface_counter(dev, "tx_packets")};
-  found.down = {linux_interface_counter(dev, "rx_bytes"), linux_interface_counter(dev, "rx_packets")};
-  found.drop_up.skb = linux_interface_counter(dev, "tx_dropped");
-  found.drop_down.skb = linux_interface_counter(dev, "rx_dropped");
+  const rtnl_link_stats64 counters = linux_interface(dev).value_or(Interface{}).counters;
+  found.up = {counters.tx_bytes, counters.tx_packets};
+  found.down = {counters.rx_bytes, counters.rx_packets};
+  found.drop_up.skb = counters.tx_dropped;
+  found.drop_down.skb = counters.rx_dropped;
   take_reading(store, dev, found.up.bytes, found.down.bytes);
   read_rates(store, dev, found.sp_up, found.sp_down);
   stats = found;

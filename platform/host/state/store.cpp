@@ -110,6 +110,12 @@ void sync_names(const std::string& file) {
   throw StoreError(message);
 }
 
+// A column reads as null when it holds nothing, and when there is no memory for what it holds.
+void refuse_lack_of_memory(sqlite3_stmt* statement) {
+  sqlite3* database = sqlite3_db_handle(statement);
+  if (sqlite3_errcode(database) == SQLITE_NOMEM) throw_database_error(database);
+}
+
 int64_t total_steps(std::span<const Schema> schemas) {
   size_t total = 0;
   for (const Schema& schema : schemas) total += schema.steps.size();
@@ -139,16 +145,18 @@ void Statement::bind(int index, std::string_view value) {
 std::string_view Statement::column_text(int column) const {
   const auto* bytes = reinterpret_cast<const char*>(sqlite3_column_text(statement_, column));
   if (bytes == nullptr) {
-    if (sqlite3_errcode(sqlite3_db_handle(statement_)) == SQLITE_NOMEM) check(SQLITE_NOMEM);
+    refuse_lack_of_memory(statement_);
     return {};
   }
   return {bytes, static_cast<size_t>(sqlite3_column_bytes(statement_, column))};
 }
 
 void Statement::get_bytes(int column, void* field, size_t size) const {
-  const auto stored = std::min(static_cast<size_t>(sqlite3_column_bytes(statement_, column)), size);
+  const void* bytes = sqlite3_column_blob(statement_, column);
+  if (bytes == nullptr) refuse_lack_of_memory(statement_);
   memset(field, 0, size);
-  if (stored > 0) memcpy(field, sqlite3_column_blob(statement_, column), stored);
+  const auto stored = static_cast<size_t>(sqlite3_column_bytes(statement_, column));
+  if (bytes != nullptr) memcpy(field, bytes, std::min(stored, size));
 }
 
 void Statement::fail_without_field(std::string_view name) {
