@@ -32,7 +32,7 @@ TEST_F(Gateway, StaysWithinTheRecord) {
   EXPECT_NE(tesvel_order_opt_fun(Record(2, 5, 0).bytes.data(), 15), 0);
   EXPECT_NE(tesvel_order_opt_fun(nullptr, 100), 0);
   for (const uint32_t command : {3u, 4u, 5u}) {  // add, addall, del: 60 bytes each
-    EXPECT_EQ(Record(3, command, 59).send(), "bad value") << command;
+    EXPECT_EQ(Record(3, command, 59).send(), "record does not hold what it says") << command;
   }
   Record name_fills_its_field(2, 1, 36);
   memcpy(&name_fills_its_field.bytes[16], "sixteen_letters_", 16);
