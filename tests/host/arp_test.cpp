@@ -50,6 +50,7 @@ TEST_F(Arp, RefusesWhatCannotBeBound) {
           {"arp add lan0 1.2.3.4 00:00:00:00:00:00 1 pc", "arp add lan0 1.2.3.4 01:00:5e:00:00:01 1 pc"});
   refused("bad address",
           {"arp add lan0 224.0.0.1 00:11:22:33:44:55 1 pc", "arp add lan0 0.1.2.3 00:11:22:33:44:55 1 pc"});
+  refused("control character in a text", {"arp add lan0 1.2.3.4 00:11:22:33:44:55 1 a\x01"});
   refused("unknown type", {"arp addall lan 0", "arp addall lan 5"});
   shows("arp list all", kHeader);
 }

@@ -24,7 +24,9 @@ TEST_F(Devmg, KeepsWhatWasAddedAndSet) {
   shows("devmg get port1", " dev:port1 flags:0X1  type: 250" + rest);
   // An interface is on one side only.
   refused("interface is not a line", {"devmg wan_done port1"});
-  ok({"devmg wandev port1", "devmg wan_done port1"});
+  ok({"devmg wandev port1", "devmg wan_done port1", "devmg add port1 0",
+      "devmg wandev port1"});  // a line stays one
+  refused("in use", {"devmg add port1 250"});
   shows("devmg get port1", " dev:port1 flags:0X6  type: 0" + rest);
   ok({"devmg landev port1"});
   shows("devmg get port1", " dev:port1 flags:0X1  type: 250" + rest);

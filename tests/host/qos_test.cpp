@@ -84,6 +84,8 @@ TEST_F(Qos, KeepsGlobalSettings) {
   }
   refused("number out of range", {"qos ws_sp_wan_val set 1 100", "qos ws_sp_val set 100"});
   shows("qos ws_sp_val get", "sp_val 50\n");
+  ok({"devmg del wan1", "devmg add wan1 0", "devmg wandev wan1"});
+  shows("qos ws_sp_wan_val get 1", "sp_val 50\n");  // its own went with the line
   shows("qos devinfo",
         "skb_head:0 skb_data:0\ndev_skb[ 0, 0 ]\niface [up,down] devname \n0 [ 0 , 0 ] wan0 \n"
         "1 [ 0 , 0 ] wan1 \nend \n");
