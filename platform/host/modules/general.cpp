@@ -60,7 +60,10 @@ void memory_report(Store& store) {
 constexpr const char* kSchema[] = {R"(
 CREATE TABLE error_info (number INTEGER PRIMARY KEY, text TEXT NOT NULL))",
                                    R"(
-CREATE TABLE report (module INTEGER PRIMARY KEY, text TEXT NOT NULL))"};
+CREATE TABLE report (module INTEGER PRIMARY KEY, text TEXT NOT NULL);
+INSERT INTO report SELECT * FROM error_info
+  WHERE (number, substr(text, 1, 4)) IN (VALUES (1, 'memo'), (3, 'arp:'), (10, 'dns '), (14, 'qos:'));
+DELETE FROM error_info WHERE number IN (SELECT module FROM report))"};
 
 constexpr Command kCommands[] = {
     {kErrorInfo, kWrites, run_as<error_info>},

@@ -213,10 +213,10 @@ void report_dns(Store& store) {
   store_report(store, kModuleMr, report);
 }
 
-// Sets a column of addresses to what they are in the other byte order.
-#define SWAPPED(column)                                                                                  \
-  column " = (" column " & 255) << 24 | (" column " & 65280) << 8 | (" column " >> 8 & 65280) | " column \
-         " >> 24"
+// Sets a column of addresses to what they are in the other byte order. SQL's bit operators all bind alike.
+#define SWAPPED(column)                                                            \
+  column " = ((" column " & 255) << 24) | ((" column " & 65280) << 8) | ((" column \
+         " >> 8) & 65280) | (" column " >> 24)"
 
 // The triggers keep the lines in step with the interfaces marked as WAN (bit 2 of their flags), those of a
 // state from before there were lines included. A line keeps its number until it goes; a new one gets the
