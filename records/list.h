@@ -61,6 +61,25 @@ struct AddrRangeList {
 static_assert(sizeof(AddrRangeList) == 8 && offsetof(AddrRangeList, bytes) == 4);
 static_assert(is_described<AddrRangeList>());
 
+// What was not understood in the text of a list stands in the list as an element that matches nothing: it
+// ends before it starts, from the highest value to the lowest. Modules refuse it.
+template <typename Element>
+constexpr Element kNotUnderstood;
+template <>
+inline constexpr NumberRange kNotUnderstood<NumberRange> = {UINT16_MAX, 0};
+template <>
+inline constexpr IdRange kNotUnderstood<IdRange> = {UINT32_MAX, 0};
+template <>
+inline constexpr uint32_t kNotUnderstood<uint32_t> = UINT32_MAX;
+template <>
+inline constexpr V4Range kNotUnderstood<V4Range> = {{UINT32_MAX}, {0}};
+template <>
+inline constexpr V6Range kNotUnderstood<V6Range> = [] {
+  V6Range range = {};
+  for (uint8_t& byte : range.first.bytes) byte = 0xff;
+  return range;
+}();
+
 // The hosts that a rule is for are IPv4 and IPv6 ranges when its type is this, else (with few exceptions)
 // user groups.
 constexpr uint8_t kHostRanges = 1;
@@ -90,7 +109,12 @@ struct ProtocolEntry {
 static_assert(sizeof(ProtocolEntry) == 12 && offsetof(ProtocolEntry, source) == 4);
 static_assert(is_described<ProtocolEntry>());
 
+template <>
+inline constexpr ProtocolEntry kNotUnderstood<ProtocolEntry> = {
+    UINT8_MAX, 0, {}, kNotUnderstood<NumberRange>, kNotUnderstood<NumberRange>};
+
 // The destination side of a rule; its IPv4 ranges, IPv6 ranges and protocol entries follow. "fei" is "not".
+// All bytes are 0xff in one whose text was not understood.
 struct IpPortBlock {
   uint8_t cl_type;
   uint8_t cl_type_fei;
@@ -103,17 +127,17 @@ struct IpPortBlock {
   uint16_t v4_count;
   uint16_t v6_count;
   uint16_t protocol_count;
-  uint8_t ip_fei;  // 1 when the addresses are negated
-  uint8_t given;   // which of the numbers above were given, since 0 is one too: 1 class, 2 line, 4 type
-  Unused<4> unused;
+  Unused<1> unused;
+  uint8_t given;  // which of the numbers above were given, since 0 is one too: 1 class, 2 line, 4 type
+  Unused<4> unused2;
 
   static constexpr void each_field(auto& r, auto&& field) {
     field("cl_type", r.cl_type), field("cl_type_fei", r.cl_type_fei), field("dns_en", r.dns_en),
         field("dns_wanid", r.dns_wanid), field("dns_typeid", r.dns_typeid),
         field("dns_wanid_fei", r.dns_wanid_fei), field("dns_typeid_fei", r.dns_typeid_fei),
         field("dns_fei", r.dns_fei), field("v4_count", r.v4_count), field("v6_count", r.v6_count),
-        field("protocol_count", r.protocol_count), field("ip_fei", r.ip_fei), field("given", r.given),
-        field("", r.unused);
+        field("protocol_count", r.protocol_count), field("", r.unused), field("given", r.given),
+        field("", r.unused2);
   }
   static constexpr void each_list(auto& r, auto&& list) {
     list("v4", ListOf<V4Range>{r.v4_count}), list("v6", ListOf<V6Range>{r.v6_count}),

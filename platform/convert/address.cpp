@@ -3,6 +3,7 @@
 #include "platform/address.h"
 
 #include <algorithm>
+#include <array>
 #include <bit>
 
 #include "text.h"
@@ -11,7 +12,6 @@ namespace {
 
 using convert::after;
 using convert::digit_value;
-using convert::Ip6;
 using convert::view;
 
 constexpr uint32_t to_network(uint32_t host) {
@@ -71,13 +71,14 @@ ZeroRun longest_zero_run(const std::array<unsigned, 8>& groups) {
 
 void write_ip6(char* out, const Ip6& address) {
   static constexpr uint8_t kMapped[12] = {0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0xff, 0xff};
-  if (std::memcmp(address.data(), kMapped, sizeof kMapped) == 0) {
+  if (std::memcmp(address.bytes, kMapped, sizeof kMapped) == 0) {
     std::memcpy(out, "::ffff:", 7);
-    write_ip4(out + 7, address.data() + 12);
+    write_ip4(out + 7, address.bytes + 12);
     return;
   }
   std::array<unsigned, 8> groups;
-  for (size_t i = 0; i < 8; ++i) groups[i] = static_cast<unsigned>(address[2 * i] << 8 | address[2 * i + 1]);
+  for (size_t i = 0; i < 8; ++i)
+    groups[i] = static_cast<unsigned>(address.bytes[2 * i] << 8 | address.bytes[2 * i + 1]);
   const ZeroRun zeros = longest_zero_run(groups);
   for (int i = 0; i < 8;) {
     if (i == zeros.start) {
@@ -91,13 +92,6 @@ void write_ip6(char* out, const Ip6& address) {
   }
   *out = '\0';
 }
-
-// The combined address value of payloads; platform/address.h has the layout.
-struct IpAddress {
-  uint32_t family;
-  Ip6 bytes;
-};
-static_assert(sizeof(IpAddress) == 20);
 
 // An address in the middle of a text must not be a part of a name or of a longer dotted number.
 constexpr bool is_letter(char c) { return ((c | 0x20) >= 'a' && (c | 0x20) <= 'z') || c == '_'; }
@@ -148,6 +142,7 @@ bool parse_ip4(std::string_view text, uint32_t& address) {
 bool parse_ip6(std::string_view text, Ip6& address) {
   constexpr size_t kNoGap = 17;
   address = {};
+  uint8_t* const bytes = address.bytes;
   size_t used = 0;      // bytes read so far
   size_t gap = kNoGap;  // where "::" stands
   if (take_prefix(text, "::")) gap = 0;
@@ -160,12 +155,12 @@ bool parse_ip6(std::string_view text, Ip6& address) {
     if (digits < text.size() && text[digits] == '.') {  // the last 32 bits as an IPv4 address
       uint32_t tail;
       if (used > 12 || !parse_ip4(text, tail)) return false;
-      for (int shift = 24; shift >= 0; shift -= 8) address[used++] = static_cast<uint8_t>(tail >> shift);
+      for (int shift = 24; shift >= 0; shift -= 8) bytes[used++] = static_cast<uint8_t>(tail >> shift);
       break;
     }
     if (digits == 0 || used == 16) return false;
-    address[used++] = static_cast<uint8_t>(group >> 8);
-    address[used++] = static_cast<uint8_t>(group);
+    bytes[used++] = static_cast<uint8_t>(group >> 8);
+    bytes[used++] = static_cast<uint8_t>(group);
     text.remove_prefix(digits);
     if (text.empty()) break;
     if (text == ":" || text[0] != ':') return false;
@@ -177,8 +172,8 @@ bool parse_ip6(std::string_view text, Ip6& address) {
   }
   if (gap == kNoGap) return used == 16;
   if (used > 14) return false;
-  std::move_backward(address.begin() + gap, address.begin() + used, address.end());
-  std::fill(address.begin() + gap, address.end() - (used - gap), uint8_t{0});
+  std::move_backward(bytes + gap, bytes + used, bytes + 16);
+  std::fill(bytes + gap, bytes + 16 - (used - gap), uint8_t{0});
   return true;
 }
 
@@ -220,44 +215,44 @@ uint32_t get_ip_from_mask_wei(uint32_t, uint32_t bits) {
 }
 
 int StrToIp6(const char* text, void* address) {
-  Ip6 bytes;
-  const bool good = convert::parse_ip6(view(text), bytes);
-  if (!good) bytes = {};
-  std::memcpy(address, bytes.data(), bytes.size());
+  Ip6 parsed;
+  const bool good = convert::parse_ip6(view(text), parsed);
+  if (!good) parsed = {};
+  std::memcpy(address, &parsed, sizeof parsed);
   return good;
 }
 
 int StrToIPv6(const char* text, void* address) { return StrToIp6(text, address); }
 
 char* Ip6ToStr(char* buffer, const void* address) {
-  Ip6 bytes{};
-  if (address != nullptr) std::memcpy(bytes.data(), address, bytes.size());
-  if (buffer != nullptr) write_ip6(buffer, bytes);
+  Ip6 value{};
+  if (address != nullptr) std::memcpy(&value, address, sizeof value);
+  if (buffer != nullptr) write_ip6(buffer, value);
   return buffer;
 }
 
 int StrToIpaddr(const char* text, void* value) {
   IpAddress parsed{};
   uint32_t ip4;
+  Ip6 ip6;
   if (convert::parse_ip4(view(text), ip4)) {
     parsed.family = 4;
     ip4 = to_network(ip4);
-    std::memcpy(parsed.bytes.data(), &ip4, 4);
-  } else if (convert::parse_ip6(view(text), parsed.bytes)) {
+    std::memcpy(parsed.bytes, &ip4, sizeof ip4);
+  } else if (convert::parse_ip6(view(text), ip6)) {
     parsed.family = 6;
-  } else {
-    parsed = {};
+    std::memcpy(parsed.bytes, &ip6, sizeof ip6);
   }
   std::memcpy(value, &parsed, sizeof parsed);
-  return parsed.family != 0;
+  return parsed.family.value() != 0;
 }
 
 char* IpaddrToStr(char* buffer, const void* value) {
   IpAddress address{};
   if (value != nullptr) std::memcpy(&address, value, sizeof address);
-  if (address.family == 6) return Ip6ToStr(buffer, address.bytes.data());
+  if (address.family.value() == 6) return Ip6ToStr(buffer, address.bytes);
   uint32_t ip4 = 0;
-  if (address.family == 4) std::memcpy(&ip4, address.bytes.data(), 4);
+  if (address.family.value() == 4) std::memcpy(&ip4, address.bytes, sizeof ip4);
   return IpToStr(buffer, ip4);
 }
 

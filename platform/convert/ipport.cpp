@@ -11,18 +11,7 @@ using convert::Cut;
 using convert::cut_at;
 using convert::next_item;
 using convert::parse_number;
-using convert::Range;
 using convert::take_prefix;
-
-// A protocol entry of a record; platform/list.h has the meaning and the text.
-struct ProtocolEntry {
-  uint8_t protocol;
-  uint8_t negated;
-  uint16_t zero;
-  Range<uint16_t> source;
-  Range<uint16_t> destination;
-};
-static_assert(sizeof(ProtocolEntry) == 12 && offsetof(ProtocolEntry, source) == 4);
 
 struct Protocol {
   uint8_t number;
@@ -51,13 +40,13 @@ bool parse_protocol_number(std::string_view text, uint8_t& number) {
   return parse_number(text, number);
 }
 
-constexpr Range<uint16_t> kAllPorts = {0, 65535};
+constexpr NumberRange kAllPorts = {0, 65535};
 
-bool is_all(const Range<uint16_t>& ports) { return ports.first == 0 && ports.last == 65535; }
+bool is_all(const NumberRange& ports) { return ports.first == 0 && ports.last == 65535; }
 
-bool parse_ports(std::string_view text, Range<uint16_t>& ports) {
+bool parse_ports(std::string_view text, NumberRange& ports) {
   ports = kAllPorts;
-  return text.empty() || convert::parse_number_range(text, ports);
+  return text.empty() || (convert::parse_number_range(text, ports) && ports.first <= ports.last);
 }
 
 bool parse_protocol(std::string_view item, ProtocolEntry& entry) {
@@ -76,7 +65,7 @@ bool parse_protocol(std::string_view item, ProtocolEntry& entry) {
          parse_ports(both ? ports.tail : ports.head, entry.destination);
 }
 
-void print_ports(const Range<uint16_t>& ports) {
+void print_ports(const NumberRange& ports) {
   if (is_all(ports)) return;
   std::printf("%u", ports.first);
   if (ports.first != ports.last) std::printf("-%u", ports.last);
@@ -98,25 +87,6 @@ void print_entry(const ProtocolEntry& entry) {
   print_ports(entry.destination);
   std::putchar(',');
 }
-
-// The fixed part of the block; platform/list.h has the meaning.
-struct IpPortBlock {
-  uint8_t cl_type;
-  uint8_t cl_type_fei;
-  uint8_t dns_en;
-  uint8_t dns_wanid;
-  uint8_t dns_typeid;
-  uint8_t dns_wanid_fei;
-  uint8_t dns_typeid_fei;
-  uint8_t dns_fei;
-  uint16_t ip4_count;
-  uint16_t ip6_count;
-  uint16_t protocol_count;
-  uint8_t ip_fei;
-  uint8_t given;
-  uint8_t zero[4];
-};
-static_assert(sizeof(IpPortBlock) == 20 && offsetof(IpPortBlock, ip_fei) == 14);
 
 constexpr uint8_t kClassGiven = 1;
 constexpr uint8_t kDnsLineGiven = 2;
@@ -149,19 +119,29 @@ bool read_class(BlockText& block, bool negated, std::string_view value) {
   return parse_number(value, block.head.cl_type);
 }
 
+bool take_ip4_range(std::string_view item, V4Range& range) {
+  return convert::parse_ip4_range(item, range) && range.first.value <= range.last.value;
+}
+
+bool take_ip6_range(std::string_view item, V6Range& range) {
+  return convert::parse_ip6_range(item, range) &&
+         std::memcmp(range.first.bytes, range.last.bytes, sizeof range.first.bytes) <= 0;
+}
+
+// No list has a place for addresses that are negated: two rules that mean opposite things would read alike.
 bool read_addresses(BlockText& block, bool negated, std::string_view value) {
-  block.head.ip_fei = negated;
+  if (negated) return false;
   block.addresses = value;
-  unsigned ip4 = 0;
-  unsigned ip6 = 0;
+  unsigned v4 = 0;
+  unsigned v6 = 0;
   const bool good = for_all_items(value, [&](std::string_view item) {
-    Range<uint32_t> range4;
-    Range<convert::Ip6> range6;
-    if (convert::parse_ip4_range(item, range4)) return ++ip4 <= UINT16_MAX;
-    return convert::parse_ip6_range(item, range6) && ++ip6 <= UINT16_MAX;
+    V4Range range4;
+    V6Range range6;
+    if (take_ip4_range(item, range4)) return ++v4 <= UINT16_MAX;
+    return take_ip6_range(item, range6) && ++v6 <= UINT16_MAX;
   });
-  block.head.ip4_count = static_cast<uint16_t>(ip4);
-  block.head.ip6_count = static_cast<uint16_t>(ip6);
+  block.head.v4_count = static_cast<uint16_t>(v4);
+  block.head.v6_count = static_cast<uint16_t>(v6);
   return good;
 }
 
@@ -213,7 +193,7 @@ constexpr Section kSections[] = {
 
 bool read_block_text(std::string_view text, BlockText& block) {
   unsigned seen = 0;
-  if (convert::trim(text).empty() || convert::trim(text).back() == '+') return false;
+  if (text.back() == '+') return false;
   while (!text.empty()) {
     std::string_view section_text = next_item(text, '+');
     const bool negated = take_prefix(section_text, "not-");
@@ -229,8 +209,7 @@ bool read_block_text(std::string_view text, BlockText& block) {
 }
 
 size_t protocols_offset(const IpPortBlock& head) {
-  return sizeof head + sizeof(Range<uint32_t>) * head.ip4_count +
-         sizeof(Range<convert::Ip6>) * head.ip6_count;
+  return sizeof head + sizeof(V4Range) * head.v4_count + sizeof(V6Range) * head.v6_count;
 }
 
 size_t block_size(const IpPortBlock& head) {
@@ -239,10 +218,10 @@ size_t block_size(const IpPortBlock& head) {
 
 void write_block(unsigned char* out, const BlockText& block) {
   std::memcpy(out, &block.head, sizeof block.head);
-  unsigned char* ip4 = out + sizeof block.head;
-  unsigned char* ip6 = ip4 + sizeof(Range<uint32_t>) * block.head.ip4_count;
-  convert::read_list<Range<uint32_t>>(ip4, block.addresses, convert::parse_ip4_range);
-  convert::read_list<Range<convert::Ip6>>(ip6, block.addresses, convert::parse_ip6_range);
+  unsigned char* v4 = out + sizeof block.head;
+  unsigned char* v6 = v4 + sizeof(V4Range) * block.head.v4_count;
+  convert::read_list<V4Range>(v4, block.addresses, convert::parse_ip4_range, convert::is_ip4_item);
+  convert::read_list<V6Range>(v6, block.addresses, convert::parse_ip6_range, convert::is_ip6_item);
   convert::read_list<ProtocolEntry>(out + protocols_offset(block.head), block.protocols,
                                     [&](std::string_view item, ProtocolEntry& entry) {
                                       return parse_section_protocol(item, block.protocols_negated, entry);
@@ -270,9 +249,14 @@ int print_prot(const void* entries, uint32_t count, uint32_t room) {
 }
 
 int get_ipport_str(void* block, const char* text) {
+  const std::string_view sections = convert::trim(convert::view(text));
+  if (sections.empty()) return 0;
   BlockText parsed;
   // The length of a block travels as 16 bits.
-  if (!read_block_text(convert::view(text), parsed) || block_size(parsed.head) > UINT16_MAX) return 0;
+  if (!read_block_text(sections, parsed) || block_size(parsed.head) > UINT16_MAX) {
+    std::memset(block, 0xff, sizeof(IpPortBlock));
+    return sizeof(IpPortBlock);
+  }
   write_block(static_cast<unsigned char*>(block), parsed);
   return static_cast<int>(block_size(parsed.head));
 }

@@ -18,31 +18,34 @@ bool mask_bits(uint32_t mask, uint8_t& bits) {
 
 }  // namespace
 
-bool parse_ip4_range(std::string_view item, Range<uint32_t>& range) {
+bool parse_ip4_range(std::string_view item, V4Range& range) {
   const Cut cut = cut_at(item, "/");
-  if (cut.separator == '\0') return parse_range(item, range, parse_ip4);
+  if (cut.separator == '\0') {
+    return parse_range(item, range,
+                       [](std::string_view end, HostIp4& address) { return parse_ip4(end, address.value); });
+  }
   uint32_t mask;
   uint8_t bits;
-  if (!parse_ip4(cut.head, range.first)) return false;
+  if (!parse_ip4(cut.head, range.first.value)) return false;
   if (parse_ip4(cut.tail, mask) ? !mask_bits(mask, bits) : !parse_number(cut.tail, bits) || bits > 32) {
     return false;
   }
   const uint32_t host_bits = bits == 32 ? 0 : UINT32_MAX >> bits;
-  range.first &= ~host_bits;
-  range.last = range.first | host_bits;
+  range.first.value &= ~host_bits;
+  range.last.value = range.first.value | host_bits;
   return true;
 }
 
-bool parse_ip6_range(std::string_view item, Range<Ip6>& range) {
+bool parse_ip6_range(std::string_view item, V6Range& range) {
   const Cut cut = cut_at(item, "/");
   if (cut.separator == '\0') return parse_range(item, range, parse_ip6);
   uint8_t bits;
   if (!parse_ip6(cut.head, range.first) || !parse_number(cut.tail, bits) || bits > 128) return false;
   for (int i = 0; i < 16; ++i) {
     const auto host_bits = static_cast<uint8_t>(0xff >> std::clamp(bits - 8 * i, 0, 8));
-    auto& first = range.first[static_cast<size_t>(i)];
+    uint8_t& first = range.first.bytes[i];
     first = static_cast<uint8_t>(first & ~host_bits);
-    range.last[static_cast<size_t>(i)] = static_cast<uint8_t>(first | host_bits);
+    range.last.bytes[i] = static_cast<uint8_t>(first | host_bits);
   }
   return true;
 }
@@ -51,11 +54,10 @@ bool parse_ip6_range(std::string_view item, Range<Ip6>& range) {
 
 namespace {
 
-using convert::Range;
 using convert::read_list;
 using convert::view;
 
-bool parse_id_range(std::string_view item, Range<uint32_t>& range) {
+bool parse_id_range(std::string_view item, IdRange& range) {
   return convert::parse_range(item, range, convert::parse_hex);
 }
 
@@ -65,7 +67,7 @@ bool parse_u32(std::string_view item, uint32_t& number) {
 }
 
 int read_number_ranges(void* ranges, const char* text) {
-  return read_list<Range<uint16_t>>(ranges, view(text), convert::parse_number_range);
+  return read_list<NumberRange>(ranges, view(text), convert::parse_number_range);
 }
 
 void set_bit(unsigned char* set, unsigned id) {
@@ -83,17 +85,23 @@ void fill_bits(void* bits, const char* text, int last_word, BitOf bit_of) {
   const size_t size = (static_cast<size_t>(last_word) + 1) * sizeof(uint64_t);
   std::memset(set, 0, size);
   for (std::string_view list = view(text); !list.empty();) {
-    Range<uint16_t> range;
-    if (!convert::parse_number_range(convert::next_item(list), range)) continue;
-    for (unsigned id = range.first; id <= range.last && bit_of(id) < size * 8; ++id) set_bit(set, bit_of(id));
+    const std::string_view item = convert::next_item(list);
+    if (item.empty()) continue;
+    NumberRange range;
+    if (!convert::parse_number_range(item, range) || range.first > range.last ||
+        bit_of(range.last) >= size * 8) {
+      std::memset(set, 0, size);
+      return;
+    }
+    for (unsigned id = range.first; id <= range.last; ++id) set_bit(set, bit_of(id));
   }
 }
 
 }  // namespace
 
 int get_iplist_str_max(void* ranges, const char* text, int most) {
-  return read_list<Range<uint32_t>>(ranges, view(text), convert::parse_ip4_range,
-                                    std::min(most, convert::kMaxCount));
+  return read_list<V4Range>(ranges, view(text), convert::parse_ip4_range, convert::is_ip4_item,
+                            std::min(most, convert::kMaxCount));
 }
 
 int get_iplist_str(void* ranges, const char* text) {
@@ -101,7 +109,7 @@ int get_iplist_str(void* ranges, const char* text) {
 }
 
 int get_ip6list_str(void* ranges, const char* text) {
-  return read_list<Range<convert::Ip6>>(ranges, view(text), convert::parse_ip6_range);
+  return read_list<V6Range>(ranges, view(text), convert::parse_ip6_range, convert::is_ip6_item);
 }
 
 int get_user_group_str(void* ranges, const char* text) { return read_number_ranges(ranges, text); }
@@ -113,7 +121,7 @@ int get_devlist_str(void* ranges, const char* text) { return read_number_ranges(
 int get_qosthdid_str(void* ranges, const char* text) { return read_number_ranges(ranges, text); }
 
 int get_shibie_ips_str(void* ranges, const char* text) {
-  return read_list<Range<uint32_t>>(ranges, view(text), parse_id_range);
+  return read_list<IdRange>(ranges, view(text), parse_id_range);
 }
 
 int get_u32_str(void* numbers, const char* text) {

@@ -2,18 +2,17 @@
 // lists.
 #pragma once
 
-#include <array>
 #include <charconv>
 #include <cstddef>
 #include <cstdint>
 #include <cstring>
 #include <string_view>
 
+#include "records/list.h"
+
 #pragma GCC visibility push(hidden)  // not the library's face
 
 namespace convert {
-
-using Ip6 = std::array<uint8_t, 16>;
 
 constexpr bool is_blank(char c) { return c == ' ' || c == '\t'; }
 
@@ -84,47 +83,53 @@ inline bool parse_hex(std::string_view text, uint32_t& number) {
 bool parse_ip4(std::string_view text, uint32_t& address);
 bool parse_ip6(std::string_view text, Ip6& address);
 
-template <typename Value>
-struct Range {
-  Value first;
-  Value last;
-};
-
-// One value, or two with '-' between.
-template <typename Value, typename Parse>
-bool parse_range(std::string_view text, Range<Value>& range, Parse parse) {
+// One value, or two with '-' between. Whoever asked for the range finds that it ends before it starts.
+template <typename Range, typename Parse>
+bool parse_range(std::string_view text, Range& range, Parse parse) {
   const Cut cut = cut_at(text, "-");
   if (!parse(cut.head, range.first)) return false;
   if (cut.separator == '\0') {
     range.last = range.first;
     return true;
   }
-  return parse(cut.tail, range.last) && range.first <= range.last;
+  return parse(cut.tail, range.last);
 }
 
-inline bool parse_number_range(std::string_view text, Range<uint16_t>& range) {
+inline bool parse_number_range(std::string_view text, NumberRange& range) {
   return parse_range(text, range,
                      [](std::string_view end, uint16_t& value) { return parse_number(end, value); });
 }
 
-bool parse_ip4_range(std::string_view item, Range<uint32_t>& range);
-bool parse_ip6_range(std::string_view item, Range<Ip6>& range);
+bool parse_ip4_range(std::string_view item, V4Range& range);
+bool parse_ip6_range(std::string_view item, V6Range& range);
+
+// Which of the two readers of addresses an item is for, whether that understands it or not. "0" is how
+// commands say that there is none.
+inline bool is_ip6_item(std::string_view item) { return item.find(':') != std::string_view::npos; }
+inline bool is_ip4_item(std::string_view item) { return !is_ip6_item(item) && item != "0"; }
 
 // Counts travel as 16 bits, so no list is longer.
 constexpr int kMaxCount = 65535;
 
-// Writes an element for every item of a comma list that `parse` accepts and returns how many.
+inline bool is_any_item(std::string_view) { return true; }
+
+// Writes an element for every item of a comma list that is not empty and `is_ours`, and returns how many. One
+// that `parse` does not understand, and the last where the list goes on behind `most` elements, is the
+// element that stands for this.
 template <typename Element, typename Parse>
-int read_list(void* destination, std::string_view list, Parse parse, int most = kMaxCount) {
+int read_list(void* destination, std::string_view list, Parse parse,
+              bool (*is_ours)(std::string_view) = is_any_item, int most = kMaxCount) {
   auto* out = static_cast<unsigned char*>(destination);
   int count = 0;
-  while (!list.empty() && count < most) {
+  while (!list.empty()) {
     const std::string_view item = next_item(list);
+    if (item.empty() || !is_ours(item)) continue;
+    const bool has_room = count < most;
     Element element;
-    if (item.empty() || !parse(item, element)) continue;
-    std::memcpy(out, &element, sizeof element);
-    out += sizeof element;
-    ++count;
+    if (!has_room || !parse(item, element)) element = kNotUnderstood<Element>;
+    if (has_room) ++count;
+    if (count > 0)
+      std::memcpy(out + sizeof element * static_cast<size_t>(count - 1), &element, sizeof element);
   }
   return count;
 }

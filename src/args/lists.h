@@ -36,8 +36,7 @@ class ListWriter {
   RangeCounts add_addresses(const char* text);
   // The list of hosts of a type: addresses or user groups, the number of which stands for v4.
   RangeCounts add_hosts(uint8_t type, const char* text);
-  // A destination block, read by get_ipport_str or its variant. Returns its bytes. A text that is no block is
-  // none: 0.
+  // A destination block, read by get_ipport_str or its variant. Returns its bytes, 0 for an empty text.
   uint16_t add_block(ListReader read, const char* text);
 
   bool fits() const { return fits_; }  // false once a text was not read for want of room

@@ -48,10 +48,13 @@ TEST(AddressLists, Items) {
   EXPECT_EQ(ip4_ranges("1.2.3.4/0.0.0.0,1.2.3.4/255.255.255.255"),
             (Ip4{0, 0xffffffff, 0x01020304, 0x01020304}));
   EXPECT_EQ(ip4_ranges(" 0.0.0.0-0.0.0.0 ,,\t1.2.3.4 - 1.2.3.4,"), (Ip4{0, 0, 0x01020304, 0x01020304}));
-  EXPECT_EQ(
-      ip4_ranges("1.2.3.4/33,1.2.3.4/255.0.255.0,9.0.0.1-8.0.0.1,1.2.3.4-,-1.2.3.4,1.2.3.4/,x,1.2.3.4-::1"),
-      Ip4{});
-  EXPECT_EQ(ip4_ranges("::1,1.1.1.1,fd00::/8,2.2.2.2,3.3.3.3", 1), (Ip4{0x01010101, 0x01010101}));
+  for (const char* item : {"1.2.3.4/33", "1.2.3.4/255.0.255.0", "1.2.3.4-", "-1.2.3.4", "1.2.3.4/", "x",
+                           "192.168.1.300", "00"}) {
+    EXPECT_EQ(ip4_ranges(item), (Ip4{0xffffffff, 0})) << item;
+  }
+  EXPECT_EQ(ip4_ranges("0,x,1.2.3.4-::1,9.0.0.1-8.0.0.1, 0 "), (Ip4{0xffffffff, 0, 0x09000001, 0x08000001}));
+  EXPECT_EQ(ip4_ranges("::1,1.1.1.1,fd00::/8", 1), (Ip4{0x01010101, 0x01010101}));
+  EXPECT_EQ(ip4_ranges("1.1.1.1,2.2.2.2,3.3.3.3", 2), (Ip4{0x01010101, 0x01010101, 0xffffffff, 0}));
   EXPECT_EQ(ip4_ranges("1.1.1.1", 0), Ip4{});
   EXPECT_EQ(ip4_ranges(nullptr), Ip4{});
 
@@ -60,7 +63,11 @@ TEST(AddressLists, Items) {
             (Ip6{"2001:db8:f000::", "2001:db8:ffff:ffff:ffff:ffff:ffff:ffff"}));
   EXPECT_EQ(ip6_ranges("fd00::1/128,::/0"),
             (Ip6{"fd00::1", "fd00::1", "::", "ffff:ffff:ffff:ffff:ffff:ffff:ffff:ffff"}));
-  EXPECT_EQ(ip6_ranges("::2-::1,::/129,::/255.0.0.0,1::2::3,"), Ip6{});
+  const std::string highest = "ffff:ffff:ffff:ffff:ffff:ffff:ffff:ffff";
+  for (const char* item : {"::/129", "::/255.0.0.0", "1::2::3", "1.2.3.4-::1", "::1-", ":"}) {
+    EXPECT_EQ(ip6_ranges(item), (Ip6{highest, "::"})) << item;
+  }
+  EXPECT_EQ(ip6_ranges("x,::2-::1,0"), (Ip6{"::2", "::1"}));
 
   std::vector<char> room(8 * 65535 + 1, 0x5a);  // counts travel as 16 bits
   EXPECT_EQ(get_iplist_str(room.data(), unfolded("{1.1.1.1,}*70000").c_str()), 65535);
@@ -68,7 +75,8 @@ TEST(AddressLists, Items) {
 }
 
 TEST(NumberLists, RangesIdsAndNumbers) {
-  const std::vector<uint16_t> pairs = {3, 3, 5, 9, 65535, 65535, 0, 0, 7, 7};
+  const std::vector<uint16_t> pairs = {3, 3,     5, 9,     65535, 65535, 65535, 0, 9,
+                                       5, 65535, 0, 65535, 0,     0,     0,     7, 7};
   for (auto* reader : {get_user_group_str, get_typeid_str, get_devlist_str, get_qosthdid_str}) {
     EXPECT_EQ((read_numbers<uint16_t, 2>(
                   [&](void* out) { return reader(out, "3, 5-9 ,65535,65536,9-5,-1,a,0,,7-7"); })),
@@ -77,10 +85,11 @@ TEST(NumberLists, RangesIdsAndNumbers) {
   EXPECT_EQ((read_numbers<uint32_t, 2>([](void* out) {
               return get_shibie_ips_str(out, "00010002-0001ffff,10,0xFFFFFFFF,123456789,2-1,0x,g");
             })),
-            (Ip4{0x00010002, 0x0001ffff, 0x10, 0x10, 0xffffffff, 0xffffffff}));
-  EXPECT_EQ((read_numbers<uint32_t, 1>(
-                [](void* out) { return get_u32_str(out, "1,0x10,4294967295,4294967296,1-2, 5 ,ff"); })),
-            (Ip4{1, 16, 4294967295, 5}));
+            (Ip4{0x00010002, 0x0001ffff, 0x10, 0x10, 0xffffffff, 0xffffffff, 0xffffffff, 0, 2, 1, 0xffffffff,
+                 0, 0xffffffff, 0}));
+  EXPECT_EQ(
+      (read_numbers<uint32_t, 1>([](void* out) { return get_u32_str(out, "1,0x10,4294967296, 5 ,,ff"); })),
+      (Ip4{1, 16, 4294967295, 5, 4294967295}));
 }
 
 TEST(Splitting, KeepsEmptyPiecesAndTheBound) {
@@ -104,10 +113,12 @@ TEST(BitSets, WordsOf64AndTheirEnd) {
     fill(words.data(), text, 1);
     return words;
   };
-  EXPECT_EQ(filled(rule_set_bits, "0,3,35,62-65,127-65535"),
+  EXPECT_EQ(filled(rule_set_bits, "0,3,35,62-65,,127"),
             (Words{0xc000000800000009U, 0x8000000000000003U, untouched}));
-  EXPECT_EQ(filled(rule_set_bits, ""), (Words{0, 0, untouched}));
-  EXPECT_EQ(filled(wans_set_bits, "0,2,120,123,128"), (Words{10, 0b1010ULL << (120 - 64), untouched}));
+  for (const char* nothing : {"", "3,x", "3,127-128", "3,9-8", "3,65536"}) {
+    EXPECT_EQ(filled(rule_set_bits, nothing), (Words{0, 0, untouched})) << nothing;
+  }
+  EXPECT_EQ(filled(wans_set_bits, "0,2,120,123"), (Words{10, 0b1010ULL << (120 - 64), untouched}));
 }
 
 // ---- Protocols and destination blocks ----
@@ -126,7 +137,11 @@ TEST(Protocols, PrintedAsTheyAreRead) {
             "tcp,not-udp:53,tcp:1024-65535:,any:0:80-90,sctp:5:6,icmp6,200,not-any:1,");
   EXPECT_EQ(printed_protocols(entries + 1, 8, 35, 24), "tcp,not-udp:53,") << "only whole entries in the room";
   EXPECT_EQ(printed_protocols(entries + 1, 1, 96, 12), "tcp,");
-  EXPECT_EQ(add_prot(entries, "icmp:1,tcp:9-1,tcp:65536,tcp:1:2:3,256,TCP,not-,not-not-tcp,:80,gre:"), 0);
+  for (const char* bad :
+       {"icmp:1", "tcp:9-1", "tcp:65536", "tcp:1:2:3", "256", "TCP", "not-", "not-not-tcp", ":80", "gre:"}) {
+    ASSERT_EQ(add_prot(entries, bad), 1) << bad;
+    EXPECT_EQ(printed_protocols(entries, 1, 12, 12), "255:65535-0:65535-0,") << bad;
+  }
   EXPECT_EQ(add_prot(entries, nullptr), 0);
 }
 
@@ -142,13 +157,13 @@ Block block_of(const std::string& text) {
 }
 
 TEST(DestinationBlock, LayoutOfEverySection) {
-  Block wanted = {3, 1, 1, 2, 7, 1, 0, 0, 1, 0, 1, 0, 1, 0, 1, 7, 0, 0, 0, 0, 0, 0, 0, 10, 255, 255, 255, 10};
+  Block wanted = {3, 1, 1, 2, 7, 1, 0, 0, 1, 0, 1, 0, 1, 0, 0, 7, 0, 0, 0, 0, 0, 0, 0, 10, 255, 255, 255, 10};
   wanted.push_back(0xfd);  // behind the head and the IPv4 range
   wanted.resize(44);
   wanted.push_back(0xfd);
   wanted.resize(60, 0xff);
   wanted.insert(wanted.end(), {6, 0, 0, 0, 0, 0, 255, 255, 80, 0, 80, 0});
-  EXPECT_EQ(block_of("not-class=3+not-ip=10.0.0.0/8,fd00::/8+proto=tcp:80+dns=not-line:2,type:7"), wanted);
+  EXPECT_EQ(block_of("not-class=3+ip=10.0.0.0/8,fd00::/8+proto=tcp:80+dns=not-line:2,type:7"), wanted);
   EXPECT_EQ(block_of("not-dns=any"), (Block{0, 0, 1, 0, 0, 0, 0, 1, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0}));
 
   const std::string text = "not-proto=tcp:1-2:3,udp+ip=1.1.1.1";
@@ -162,10 +177,14 @@ TEST(DestinationBlock, LayoutOfEverySection) {
   EXPECT_EQ(again, block);
 }
 
-TEST(DestinationBlock, BadTextWritesNothing) {
-  for (const char* text : {"",
-                           " ",
-                           "none",
+const Block kNotUnderstoodBlock(20, 0xff);
+
+TEST(DestinationBlock, BadTextBecomesABlockThatNoTextReadsAs) {
+  EXPECT_EQ(block_of(" "), Block());
+  for (const char* text : {"none",
+                           "not-ip=1.1.1.1",
+                           "ip=9.0.0.1-8.0.0.1",
+                           "ip=0",
                            "ip",
                            "ip=,",
                            "ip=1.1.1.1,x",
@@ -188,12 +207,12 @@ TEST(DestinationBlock, BadTextWritesNothing) {
                            "dns=wan:1",
                            "class=1+proto=bogus",
                            "CLASS=1"}) {
-    EXPECT_EQ(block_of(text), Block()) << text;
+    EXPECT_EQ(block_of(text), kNotUnderstoodBlock) << text;
   }
   EXPECT_EQ(get_ipport_str(nullptr, nullptr), 0);
   const std::string longest = "ip=::1" + unfolded("{,::1}*2046");
   EXPECT_EQ(block_of(longest).size(), 20U + 32 * 2047);
-  EXPECT_EQ(block_of(longest + ",::1"), Block()) << "longer than 16 bits can say";
+  EXPECT_EQ(block_of(longest + ",::1"), kNotUnderstoodBlock) << "longer than 16 bits can say";
 }
 
 }  // namespace

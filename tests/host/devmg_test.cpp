@@ -24,7 +24,9 @@ TEST_F(Devmg, KeepsWhatWasAddedAndSet) {
   shows("devmg get port1", " dev:port1 flags:0X1  type: 250" + rest);
   // An interface is on one side only.
   refused("interface is not a line", {"devmg wan_done port1"});
-  ok({"devmg wandev port1", "devmg wan_done port1"});
+  ok({"devmg wandev port1", "devmg wan_done port1", "devmg add port1 0",
+      "devmg wandev port1"});  // a line stays one
+  refused("in use", {"devmg add port1 250"});
   shows("devmg get port1", " dev:port1 flags:0X6  type: 0" + rest);
   ok({"devmg landev port1"});
   shows("devmg get port1", " dev:port1 flags:0X1  type: 250" + rest);
@@ -35,7 +37,7 @@ TEST_F(Devmg, RefusesUnknownInterfacesAndBadWords) {
   refused("unknown interface",
           {"devmg get lan0", "devmg del lan0", "devmg landev lan0", "devmg wandev lan0",
            "devmg wan_done lan0", "devmg dev_stat lan0", "devmg set lan0 1 vpn 1", "devmg dev_stat ../../x"});
-  refused("bad value", {"devmg add lan0 7"});
+  refused("unknown type", {"devmg add lan0 7"});
   refused("bad name", {"devmg add ../../x 250", "devmg add a/b 250", "devmg add .. 250"});
   shows("devmg list", kHeader);
 }

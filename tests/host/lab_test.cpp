@@ -34,6 +34,10 @@ TEST_F(Lab, TheOfficeIsLoadedAndReset) {
   }
   shows("user stat accounts", "up:9216K down:86016K \n  ok\n");
   EXPECT_NE(vek("user list").out.find("pppoe  ddate=2051222400 zup=8192 zdown=62464 login_num=0"), list.npos);
+  // Whatever orders have made of it, it can be loaded again.
+  ok({"rule mroute add out 3 0 1 0 0 '' '' '' 0", "devmg landev wan1"});
+  ASSERT_EQ(run({VEK_LAB, "load", VEK_OFFICE}).err, "");
+  shows("rule mroute list", "num:0\n");
   load(R"({"hosts": [{"ip": "10.0.0.2", "local_mac": "02-00-00-00-00-02"}]})");
   EXPECT_TRUE(shown().starts_with("hosts: 1\nthird: 0\n"));
   EXPECT_EQ(run({VEK_LAB, "hosts", "5"}).status, 0);
@@ -62,6 +66,9 @@ TEST_F(Lab, LinesHaveTheirFactsUntilReset) {
   ok({"qos speed_set wan9 1000 2000"});  // who is shaped is not asked what it carries
   list = vek("mr list").out;
   EXPECT_NE(list.find(" qos_val:3000 qos_speed:1000/2000\n"), list.npos) << list;
+  ok({"qos set wan9 off"});
+  list = vek("mr list").out;
+  EXPECT_NE(list.find(" qos_val:15 qos_speed:7/8\n"), list.npos) << list;
   EXPECT_EQ(refusal_of(R"({"lines": [{"dev": "wan1"}, {"dev": "lan0"}]})"),
             "/lines/1: interface is not a line\n");
   EXPECT_EQ(refusal_of(R"({"lines": [{"dev": "wan1"}, {"dev": "wan1"}]})"),
@@ -111,6 +118,7 @@ TEST_F(Lab, RulesHaveTheirHitsUntilReset) {
   const auto hits = [](const std::string& of_voip) {
     return "num: 2\nname                hit\nall                  0\nvoip                 " + of_voip + "\n";
   };
+  ok({"devmg add wan0 0", "devmg wandev wan0"});
   for (const char* name : {"all", "voip"}) {
     run({VEK_BINARY, "rule", "mroute", "add", name, "3", "0", "1", "0", "0", "", "", "", "0"});
   }

@@ -6,7 +6,14 @@
 
 namespace {
 
-using Rule = HostTest;
+class Rule : public HostTest {
+ protected:
+  Rule() {
+    for (const char* dev : {"wan0", "wan1", "wan2"}) {
+      ok({std::string("devmg add ") + dev + " 0", std::string("devmg wandev ") + dev});
+    }
+  }
+};
 
 const std::string kNone = "cl_type: f_ip:  proto: f_dns: \n";
 
@@ -59,7 +66,7 @@ TEST_F(Rule, RoutesAndTheirHits) {
   ok({"rule mroute hit_delall"});
   expect_hits("0", "0");
 
-  refused("bad value", {"rule mroute delall 3"});
+  refused("unknown type", {"rule mroute delall 3"});
   ok({"rule mroute delall 1"});
   shows("rule mroute list", "num:1\n" + voip);
   ok({"rule mroute del voip"});
@@ -68,12 +75,48 @@ TEST_F(Rule, RoutesAndTheirHits) {
   shows("rule mroute hit", "num: 0\nname                hit\n");
 }
 
+TEST_F(Rule, ALineStaysWhileARouteNamesIt) {
+  refused("unknown line",
+          {"rule mroute add r 3 0 1 3 0 '' '' '' 0", "rule mroute add r 3 0 1 0,256 0 '' '' '' 0"});
+  ok({"rule mroute add {n}*70 3 0 1 2,200,,1 0 '' '' '' 0"});
+  refused("in use", {"devmg del wan2", "devmg landev wan2", "devmg add wan2 250"});
+  ok({"devmg del wan1", "devmg wandev wan2", "rule mroute del {n}*70", "devmg landev wan2",
+      "devmg del wan2"});
+}
+
+TEST_F(Rule, WhatIsNotUnderstoodIsRefused) {
+  const struct {
+    const char* why;
+    std::vector<const char*> lists;  // hosts, class mode, classes, destination
+  } cases[] = {
+      {"bad destination",
+       {"3 0 '' proto=tpc:23", "3 0 '' proto=tcp:99999", "3 0 '' not-ip=1.1.1.1", "3 0 '' any"}},
+      {"bad address", {"192.168.1.300>1 0 '' ''", "fd00::g>1 0 '' ''", "1.1.1.1,x>1 0 '' ''"}},
+      {"range ends before it starts", {"10.0.0.9-10.0.0.1>1 0 '' ''", "::2-::1>1 0 '' ''", "9-1 0 '' ''"}},
+      {"bad list", {"staff 0 '' ''", "70000 0 '' ''", "3 1 voip ''"}},
+      {"empty list", {"'' 0 '' ''", ",>1 0 '' ''", "0>1 0 '' ''", "3 1 '' ''"}},
+  };
+  for (const auto& c : cases) {
+    for (const std::string words : c.lists) {
+      const size_t hosts = words.find(' ');
+      const size_t classes = words.rfind(' ');
+      const std::string destination = words.substr(classes);
+      refused(c.why, {"rule acc add r 1 " + words.substr(0, hosts) + " 0 0" + words.substr(hosts),
+                      "rule mroute add r " + words.substr(0, hosts) + " 0 1 0" +
+                          words.substr(hosts, classes - hosts) + " ''" + destination + " 0"});
+    }
+  }
+  refused("empty list", {"rule whitelist add r '' ''", "rule mroute add r 3 0 1 ,1 0 '' '' '' 0"});
+  refused("bad list", {"rule mroute add r 3 0 1 0 0 '' 1-g '' 0", "rule filter add r 1 1 0 0 2 web"});
+  refused("control character in a text", {"rule whitelist add a\x01 3 ''"});
+}
+
 TEST_F(Rule, FiltersOfAGroup) {
   const std::string header = "\n name prio hi_type log act gid  shibie_ids\n";
   const std::string of_2 = "f 5 1 0 drop 2  7,100-120\n";
   ok({"rule filter add f 5 1 0 0 2 7,100-120", "rule filter add f 1 1 1 1 3 8"});
   refused("already there", {"rule filter add f 5 1 0 0 2 9"});
-  refused("bad value", {"rule filter add g 5 1 2 0 2 9"});
+  refused("switch is neither 0 nor 1", {"rule filter add g 5 1 2 0 2 9"});
   shows("rule filter list 2", "num:1" + header + of_2);
   shows("rule filter list 0", "num:2" + header + "f 1 1 1 accept 3  8\n" + of_2);
   ok({"rule filter del f 3"});
@@ -87,7 +130,7 @@ TEST_F(Rule, RefusesRecordsThatAreWrongInThemselves) {
     uint32_t command;
     std::vector<std::pair<size_t, uint16_t>> numbers;  // in the payload
     uint32_t payload = 300;
-    std::string result = "bad value";
+    std::string result = "record does not hold what it says";
   } cases[] = {
       {9, {{120, 1}, {122, 2}, {128, 11}}},
       {9, {{120, 65535}, {128, 65532}, {130, 3}}},  // behind the record's end
@@ -98,8 +141,8 @@ TEST_F(Rule, RefusesRecordsThatAreWrongInThemselves) {
       {39, {{68, 1}, {76, 8}}},
       {13, {{626, 1}, {632, 4}}, 700},
       {20, {{38, 65535}}},
-      {7, {{0, 3}}},
-      {9, {{126, 32}, {128, 32}, {132 + 12, 1}}, 300, ""},
+      {7, {{0, 3}}, 300, "unknown mode"},
+      {9, {{104, 4}, {108, 512}, {126, 32}, {128, 32}, {132 + 12, 1}}, 300, ""},
   };
   for (const auto& c : cases) {
     std::vector<unsigned char> record(16 + c.payload);
@@ -110,11 +153,12 @@ TEST_F(Rule, RefusesRecordsThatAreWrongInThemselves) {
     EXPECT_EQ(tesvel_order_opt_fun(record.data(), 16 + c.payload), 0);
     EXPECT_EQ(record[8] == 0 ? "" : tvlret_err_str[record[8]], c.result) << &c - cases;
   }
-  refused("bad name", {"rule acc add '' 1 3 1 1 2 '' ''"});
-  refused("bad address",
-          {"rule acc add r 1 none 1 1 2 '' '' 4", "rule acc add r 1 01:00:5e:00:00:01 1 1 2 '' '' 4"});
+  refused("bad name", {"rule acc add '' 1 3 1 1 0 '' ''"});
+  refused("bad MAC address",
+          {"rule acc add r 1 none 1 1 0 '' '' 4", "rule acc add r 1 01:00:5e:00:00:01 1 1 0 '' '' 4"});
   shows("rule acc list",
-        "num:1\nname:r prio:0 log:0 act:accept thd_type:0 thd: user_group: cl_type:0 cl_type_fei:0 f_ip:"
+        "num:1\nname:r prio:0 log:0 act:accept thd_type:0 thd: mac: 00:02:00:00:00:00 cl_type:0 "
+        "cl_type_fei:0 f_ip:"
         " proto:any:0:0, dns_en:0,dns_typeid:0,dns_typeid_fei:0 dns_wanid:0,dns_wanid_fei:0,dns_fei:0\n");
 }
 

@@ -31,7 +31,7 @@ constexpr Protocol kProtocols[] = {
     {"static", 1}, {"dhcp", 2}, {"pppoe", 3}, {"pptp", 4}, {"l2tp", 5}, {"3g", 6}, {"4g", 6},
 };
 
-constexpr uint32_t kVpnLinks = 135;  // lines 121 to 255
+constexpr uint32_t kVpnLinks = kLastLine + 1 - kFirstVpnLine;
 
 }  // namespace
 

@@ -3,6 +3,7 @@
 #include "lab/sections.h"
 #include "modules/devmg.h"
 #include "modules/modules.h"
+#include "modules/rule.h"
 #include "records/devmg.h"
 
 namespace {
@@ -46,34 +47,43 @@ void load_line(Store& store, const Node& node) {
   }
   const int64_t flags = is_new ? 0 : store.number("SELECT flags FROM interface WHERE dev = ?", line.dev);
   if (!is_new && (flags & kInterfaceWan) == 0) node.fail(tvlret_err_str[kNotALine]);
-  if (store.execute(
-          "INSERT OR IGNORE INTO line_fact VALUES"
-          " ((SELECT wanid FROM line WHERE dev = :dev), :flags, :hi, :hi_bracket_1, :hi_bracket_2, :ct,"
-          "  :hi_val, :ct_val, :qos_up, :qos_down, :false_tm, :trys, :ret_state)",
-          Column{"flags", flags}, line) == 0) {
+  if (store.execute("INSERT OR IGNORE INTO lab_line VALUES (?, ?)", line.dev, flags) == 0) {
     node.fail("a second line of this dev");
   }
-  // To be marked anew takes a line's state away.
-  give_order(store, node, kDevmgModule, line.up != 0 ? kDevWanDone : kDevWan, name);
+  store.execute(
+      "INSERT INTO line_fact"
+      "  (wanid, hi, hi_bracket_1, hi_bracket_2, ct, hi_val, ct_val, seen_up, seen_down, false_tm, trys, "
+      "ret_state) "
+      "SELECT wanid, :hi, :hi_bracket_1, :hi_bracket_2, :ct, :hi_val, :ct_val, :qos_up, :qos_down, "
+      ":false_tm, :trys,"
+      "  :ret_state FROM line WHERE dev = :dev",
+      line);
+  store.execute("UPDATE interface SET flags = flags & ~?1 | iif(?2, ?1, 0) WHERE dev = ?3", kInterfaceLineUp,
+                line.up, line.dev);
 }
 
 void load_lines(Store& store, const Node& node) {
   node.each_element([&store](const Node& element) { load_line(store, element); });
 }
 
-// Interfaces that the lab has made go, with what orders have set for them; the others are up or down again as
-// they were.
+// Interfaces that the lab has made go, whatever they have become, with what orders have set for them and the
+// rules that name them; the other lines are up or down again as they were.
 void clear_lines(Store& store) {
+  Statement row = store.query("SELECT dev FROM lab_line WHERE flags_before = 0");
+  for (std::string dev; row.next();) {
+    row.read(dev);
+    delete_routes_over(store, dev);
+  }
+  store.execute("DELETE FROM interface WHERE dev IN (SELECT dev FROM lab_line WHERE flags_before = 0)");
   store.execute(
-      "DELETE FROM interface WHERE dev IN"
-      "  (SELECT dev FROM line JOIN line_fact USING (wanid) WHERE flags_before = 0)");
-  store.execute(
-      "UPDATE interface SET flags = flags_before FROM line JOIN line_fact USING (wanid)"
-      "  WHERE line.dev = interface.dev");
+      "UPDATE interface SET flags = flags_before FROM lab_line"
+      "  WHERE lab_line.dev = interface.dev AND interface.flags & ?",
+      kInterfaceWan);
+  store.execute("DELETE FROM lab_line");
   store.execute("DELETE FROM line_fact");
 }
 
-int64_t count_lines(Store& store) { return store.number("SELECT count(*) FROM line_fact"); }
+int64_t count_lines(Store& store) { return store.number("SELECT count(*) FROM lab_line"); }
 
 }  // namespace
 

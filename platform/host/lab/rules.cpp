@@ -3,13 +3,17 @@
 
 #include "lab/sections.h"
 #include "modules/rule.h"
+#include "records/rule.h"
 
 namespace {
 
 void load_rules(Store& store, const Node& node) {
   node.each_member([&store](const std::string& name, const Node& value) {
     const int64_t hits = value.number(0, std::numeric_limits<int64_t>::max());
-    if (!set_route_hits(store, name, static_cast<uint64_t>(hits))) value.fail("no such routing rule");
+    RuleName rule;  // cut as orders have it
+    copy_text(rule.name, name);
+    if (!set_route_hits(store, text(rule.name), static_cast<uint64_t>(hits)))
+      value.fail("no such routing rule");
   });
 }
 

@@ -24,7 +24,7 @@ constexpr uint32_t kStateInBulk = 2;
 
 void set(Store& store, const ArpSettings& settings) {
   require_interface(store, text(settings.dev));
-  if (settings.deal_level > kMaxDealLevel) throw Refusal{kBadNumber};
+  refuse_unless(settings.deal_level <= kMaxDealLevel, kBadNumber);
   store.put("arp_settings", settings);
 }
 
@@ -38,21 +38,17 @@ void get(Store& store, ArpSettings& settings) {
   settings = kept;
 }
 
-void check_type(uint16_t type) {
-  if (type < 1 || type > 4) throw Refusal{kBadType};
-}
-
-void check_binding_count(Store& store) {
-  if (store.number("SELECT count(*) FROM arp_binding") > kMaxBindings) throw Refusal{kTableFull};
-}
+void check_type(uint16_t type) { refuse_unless(type >= 1 && type <= 4, kBadType); }
 
 // Binding a bound address again replaces its binding.
 void add(Store& store, const ArpBinding& binding) {
   require_interface(store, text(binding.dev));
   check_type(binding.type);
-  if (binding.ip.value == 0 || !is_host_mac(binding.mac)) throw Refusal{kBadAddress};
+  refuse_unless(is_host_ip(binding.ip), kBadAddress);
+  refuse_unless(is_host_mac(binding.mac), kBadMac);
+  check_text(text(binding.name));
   store.put("arp_binding", binding, Column{"state", kStateByHand});
-  check_binding_count(store);
+  refuse_if_full(store, "arp_binding", kMaxBindings);
 }
 
 void del(Store& store, const ArpBinding& binding) {
@@ -74,7 +70,7 @@ void learn(Store& store, std::string_view dev, uint32_t first, uint32_t last) {
     if (neighbour.dev != dev || ip == 0 || ip < first || ip > last) continue;
     store.execute("INSERT OR REPLACE INTO arp_learnt VALUES (?, ?, ?)", dev, ip, neighbour.mac);
   }
-  if (store.number("SELECT count(*) FROM arp_learnt") > kMaxLearnt) throw Refusal{kTableFull};
+  refuse_if_full(store, "arp_learnt", kMaxLearnt);
 }
 
 // Finding nobody is no error: the order is to look.
@@ -97,7 +93,7 @@ void add_all(Store& store, const ArpBinding& bulk) {
         "INSERT OR IGNORE INTO arp_binding SELECT dev, ip, mac, ?, '', ? FROM arp_learnt WHERE dev = ?",
         bulk.type, kStateInBulk, dev);
   }
-  check_binding_count(store);
+  refuse_if_full(store, "arp_binding", kMaxBindings);
 }
 
 // The empty word lists the bindings of every interface, as "all" does. The address that a binding was made
@@ -130,10 +126,10 @@ void disonline_get(Store& store, ArpSwitch& disonline) {
 // Leaves a report where errinfo finds it.
 void debug(Store& store) {
   const auto count = [&store](const char* sql) { return std::to_string(store.number(sql)); };
-  store_error_info(store, kModuleArp,
-                   "arp: " + count("SELECT count(*) FROM arp_binding") + " bindings, " +
-                       count("SELECT count(*) FROM arp_learnt") + " addresses learnt, settings of " +
-                       count("SELECT count(*) FROM arp_settings") + " interfaces");
+  store_report(store, kModuleArp,
+               "arp: " + count("SELECT count(*) FROM arp_binding") + " bindings, " +
+                   count("SELECT count(*) FROM arp_learnt") + " addresses learnt, settings of " +
+                   count("SELECT count(*) FROM arp_settings") + " interfaces");
 }
 
 void forget_learnt(Store& store) { store.execute("DELETE FROM arp_learnt"); }

@@ -41,22 +41,32 @@ inline bool is_host_ip(const Ip4& ip) {
   return first_byte != 0 && first_byte != 127 && first_byte < 224;
 }
 
-// The elements of lists. Whoever reads a list from text makes a range that ends before it starts of an item
-// that it does not understand.
+// For a range that ends before it starts: it was given so, or it stands for an item that was not understood.
+template <typename Range>
+[[noreturn]] void refuse_range(const Range& range, Result not_understood) {
+  const bool is_mark = memcmp(&range, &kNotUnderstood<Range>, sizeof range) == 0;
+  throw Refusal{is_mark ? not_understood : kBadRange};
+}
+
+// The elements of lists.
 inline void check_element(const V4Range& range) {
-  refuse_unless(range.first.value <= range.last.value, kBadAddress);
+  if (range.first.value > range.last.value) refuse_range(range, kBadAddress);
 }
 inline void check_element(const V6Range& range) {
-  refuse_unless(memcmp(range.first.bytes, range.last.bytes, sizeof range.first.bytes) <= 0, kBadAddress);
+  if (memcmp(&range.first, &range.last, sizeof range.first) > 0) refuse_range(range, kBadAddress);
 }
-inline void check_element(const NumberRange& range) { refuse_unless(range.first <= range.last, kBadList); }
-inline void check_element(const IdRange& range) { refuse_unless(range.first <= range.last, kBadList); }
+inline void check_element(const NumberRange& range) {
+  if (range.first > range.last) refuse_range(range, kBadList);
+}
+inline void check_element(const IdRange& range) {
+  if (range.first > range.last) refuse_range(range, kBadList);
+}
 inline void check_element(const ProtocolEntry& entry) {
   refuse_unless(entry.source.first <= entry.source.last && entry.destination.first <= entry.destination.last,
                 kBadDestination);
 }
 inline void check_element(const IpPortBlock& block) {
-  refuse_unless(block.cl_type_fei <= 1 && block.dns_en <= 1, kBadDestination);
+  refuse_unless(block.cl_type_fei <= 1 && block.dns_en <= 1, kBadDestination);  // 0xff: not understood
 }
 
 // Steps over the lists that follow a record, those of a destination block among them included, and checks

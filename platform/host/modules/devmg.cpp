@@ -7,7 +7,9 @@
 #include <algorithm>
 
 #include "linux/net.h"
+#include "modules/checks.h"
 #include "modules/modules.h"
+#include "modules/rule.h"
 #include "records/devmg.h"
 
 namespace {
@@ -18,48 +20,55 @@ constexpr uint16_t kTypeLan = 250;
 constexpr uint8_t kMaxWorkMode = 2;
 
 // Registers the interface under the lowest number that is free, or gives a registered one its type anew; its
-// settings stay.
+// settings stay, and so does a line.
 void register_interface(Store& store, std::string_view dev, uint16_t type) {
-  if (!is_interface_name(dev)) throw Refusal{kBadName};
+  refuse_unless(is_interface_name(dev), kBadName);
   store.execute(
       "INSERT INTO interface (dev_id, dev, type, flags) VALUES ("
       "  (SELECT min(id) + 1 FROM (SELECT 0 AS id UNION ALL SELECT dev_id FROM interface)"
-      "   WHERE id + 1 NOT IN (SELECT dev_id FROM interface)), ?, ?, ?) "
-      "ON CONFLICT (dev) DO UPDATE SET type = excluded.type, flags = excluded.flags",
-      dev, type, type == kTypeLan ? kInterfaceLan : 0);
-  if (store.number("SELECT count(*) FROM interface") > kMaxInterfaces) throw Refusal{kTableFull};
+      "   WHERE id + 1 NOT IN (SELECT dev_id FROM interface)), ?1, ?2, ?3) "
+      "ON CONFLICT (dev) DO UPDATE SET type = excluded.type, flags = excluded.flags WHERE NOT flags & ?4",
+      dev, type, type == kTypeLan ? kInterfaceLan : 0, kInterfaceWan);
+  refuse_if_full(store, "interface", kMaxInterfaces);
 }
 
+bool is_line(Store& store, std::string_view dev) {
+  return store.number("SELECT count(*) FROM line WHERE dev = ?", dev) != 0;
+}
+
+// A line is no LAN by the way: who means it says so with the order that is for it.
 void add(Store& store, const DevEntry& entry) {
-  if (entry.type != kTypeNone && entry.type != kTypeLan) throw Refusal{kBadType};
+  refuse_unless(entry.type == kTypeNone || entry.type == kTypeLan, kBadType);
+  refuse_unless(entry.type == kTypeNone || !is_line(store, text(entry.dev)), kInUse);
   register_interface(store, text(entry.dev), entry.type);
 }
 
+// What is kept for the interface goes with it, and so does what is kept for its line, except for rules that
+// send traffic there: these go first.
 void del(Store& store, const DevEntry& entry) {
   require_interface(store, text(entry.dev));
+  refuse_unless(!is_routed_over(store, text(entry.dev)), kInUse);
   store.execute("DELETE FROM interface WHERE dev = ?", entry.dev);
 }
 
 void set(Store& store, const DevEntry& entry) {
   require_interface(store, text(entry.dev));
-  if (entry.wk_mode > kMaxWorkMode) throw Refusal{kBadMode};
-  store.execute("UPDATE interface SET jb_en = ?, wk_mode = ?, isp = ? WHERE dev = ?", entry.jb_en,
-                entry.wk_mode, entry.isp, entry.dev);
+  refuse_unless(entry.wk_mode <= kMaxWorkMode, kBadMode);
+  store.execute("UPDATE interface SET jb_en = :jb_en, wk_mode = :wk_mode, isp = :isp WHERE dev = :dev",
+                entry);
 }
 
 // The entry of one interface, or for an empty name those of all. The ARP state is whether anything is bound.
 Statement entries(Store& store, std::string_view dev) {
   return store.query(
-      "SELECT dev, dev_id, type, flags, jb_en, wk_mode, isp,"
-      "  EXISTS (SELECT 1 FROM arp_binding WHERE arp_binding.dev = interface.dev) "
+      "SELECT *, EXISTS (SELECT 1 FROM arp_binding WHERE arp_binding.dev = interface.dev) AS arp "
       "FROM interface WHERE ?1 = '' OR dev = ?1 ORDER BY dev_id",
       dev);
 }
 
 DevEntry read_entry(const Statement& row, const std::vector<Interface>& machine) {
   DevEntry entry = {};
-  row.read(entry.dev, entry.dev_id, entry.type, entry.flags, entry.jb_en, entry.wk_mode, entry.isp,
-           entry.arp);
+  row.read_fields(entry);
   const auto found = std::ranges::find(machine, text(entry.dev), &Interface::dev);
   if (found != machine.end()) entry.dev_flags = found->flags;
   return entry;
@@ -78,13 +87,20 @@ void list(Store& store, Order& order) {
   for (Statement row = entries(store, ""); row.next();) answer.add(read_entry(row, machine));
 }
 
-// An interface is on one side only: becoming one takes the other mark, and the line's state, away.
-void mark(Store& store, std::string_view dev, uint16_t type, uint32_t flags) {
+// An interface is on one side only: becoming one takes the other mark away, and the line with its state. What
+// an interface is already it stays as it is.
+void mark(Store& store, std::string_view dev, uint16_t type, uint32_t flag) {
   require_interface(store, dev);
-  store.execute("UPDATE interface SET type = ?, flags = ? WHERE dev = ?", type, flags, dev);
+  store.execute("UPDATE interface SET type = ?1, flags = ?2 WHERE dev = ?3 AND NOT flags & ?2", type, flag,
+                dev);
 }
 
-void mark_lan(Store& store, const DevName& name) { mark(store, text(name.dev), kTypeLan, kInterfaceLan); }
+// As with the interface's deletion, rules that send traffic over its line go first.
+void mark_lan(Store& store, const DevName& name) {
+  refuse_unless(!is_routed_over(store, text(name.dev)), kInUse);
+  mark(store, text(name.dev), kTypeLan, kInterfaceLan);
+}
+
 void mark_wan(Store& store, const DevName& name) { mark(store, text(name.dev), kTypeNone, kInterfaceWan); }
 
 // Brings the interfaces of the machine into the registry; those registered stay as they are.
@@ -100,10 +116,9 @@ void read_machine(Store& store) {
 // The line behind a WAN interface is set up.
 void wan_done(Store& store, const DevName& name) {
   require_interface(store, text(name.dev));
-  if (store.execute("UPDATE interface SET flags = flags | ? WHERE dev = ? AND flags & ?", kInterfaceLineUp,
-                    name.dev, kInterfaceWan) == 0) {
-    throw Refusal{kNotALine};
-  }
+  refuse_if_none(store.execute("UPDATE interface SET flags = flags | ? WHERE dev = ? AND flags & ?",
+                               kInterfaceLineUp, name.dev, kInterfaceWan),
+                 kNotALine);
 }
 
 // Linux counts incoming multicast apart, but neither broadcast nor outgoing multicast: those are 0 here and
@@ -144,8 +159,7 @@ constexpr Command kCommands[] = {
 const Module kDevmgModule = {kModuleDevmg, kCommands, kSchema};
 
 void require_interface(Store& store, std::string_view dev) {
-  if (store.number("SELECT count(*) FROM interface WHERE dev = ?", dev) == 0)
-    throw Refusal{kUnknownInterface};
+  refuse_unless(store.number("SELECT count(*) FROM interface WHERE dev = ?", dev) != 0, kUnknownInterface);
 }
 
 std::vector<std::string> select_interfaces(Store& store, std::string_view word) {

@@ -2,13 +2,14 @@
 // hand are no concern of it, and nothing waits to be written: every order answered is on disk.
 #include "records/flush.h"
 
+#include "modules/checks.h"
 #include "modules/modules.h"
 
 namespace {
 
 // The number is that of the module to flush; 0 flushes all.
 void flush(Store& store, const FlushRequest& request) {
-  if (request.number != 0 && find_module(request.number) == nullptr) throw Refusal{kUnknownModule};
+  refuse_unless(request.number == 0 || find_module(request.number) != nullptr, kUnknownModule);
   for (const Module* module : all_modules()) {
     if (module->flush == nullptr || (request.number != 0 && request.number != module->number)) continue;
     module->flush(store);

@@ -1,4 +1,4 @@
-// Error information, for the other modules to leave theirs.
+// What errinfo shows, for the other modules to leave their reports.
 #pragma once
 
 #include <cstdint>
@@ -6,5 +6,6 @@
 
 #include "state/store.h"
 
-// Keeps a text under a number. A module's report stands under the module's own number.
-void store_error_info(Store& store, uint32_t number, std::string_view text);
+// Keeps a module's report in place of its last one. errinfo shows it under the module's number, unless a text
+// has been stored under that.
+void store_report(Store& store, uint32_t module, std::string_view report);

@@ -20,7 +20,7 @@ constexpr int kMaxRoutes = 1024;
 void set_balance(Store& store, const LineRecord& line) {
   check_switch(line.jh);
   check_switch(line.ppp_demand);
-  if (line.wan_proto == 0) throw Refusal{kBadType};
+  refuse_unless(line.wan_proto != 0, kBadType);
   store.execute(
       "UPDATE line SET jh = :jh, host_num = :host_num, wan_proto = :wan_proto, ppp_demand = :ppp_demand,"
       "  ct_num = :ct_num WHERE wanid = :wanid",
@@ -47,19 +47,22 @@ void set_dns(Store& store, const LineRecord& line) {
 // Detection runs from when it is set with its switch on until it is stopped.
 void set_detection(Store& store, uint16_t wanid, const LineDetection& zc) {
   check_switch(zc.en);
-  if (zc.act < 1 || zc.act > 2) throw Refusal{kBadMode};
+  refuse_unless(zc.act >= 1 && zc.act <= 2, kBadMode);
+  for (const auto& name : zc.target_names) check_text(text(name));
+  check_text(text(zc.option_text));
   store.execute(
-      "INSERT OR REPLACE INTO line_zc VALUES (:wanid, :en, :en, :act, :tm, :times, :sd, :gw, :second_ip,"
-      "  :target_ips_1, :target_ips_2, :target_ips_3, :target_names_1, :target_names_2, :target_names_3, "
-      ":mobile,"
-      "  :option, :option_text, :option_ip)",
+      "INSERT OR REPLACE INTO line_zc (wanid, state, en, act, tm, times, sd, gw, second_ip,"
+      "  target_ips_1, target_ips_2, target_ips_3, target_names_1, target_names_2, target_names_3,"
+      "  mobile, option, option_text, option_ip) "
+      "VALUES (:wanid, :en, :en, :act, :tm, :times, :sd, :gw, :second_ip,"
+      "  :target_ips_1, :target_ips_2, :target_ips_3, :target_names_1, :target_names_2, :target_names_3,"
+      "  :mobile, :option, :option_text, :option_ip)",
       Column{"wanid", wanid}, zc);
 }
 
 void stop_detection(Store& store, uint16_t wanid) {
-  if (store.execute("UPDATE line_zc SET state = 0 WHERE wanid = ? AND state = 1", wanid) == 0) {
-    throw Refusal{kNotRunning};
-  }
+  refuse_if_none(store.execute("UPDATE line_zc SET state = 0 WHERE wanid = ? AND state = 1", wanid),
+                 kNotRunning);
 }
 
 void count_change(Store& store, uint16_t wanid) {
@@ -102,14 +105,14 @@ void set_ipv6(Store& store, const LineIpv6& ipv6) {
 void set_ula(Store& store, const LineUla& ula) {
   require_line(store, ula.wanid);
   const bool is_unique_local = (ula.prefix.bytes[0] & 0xfe) == 0xfc;
-  if (!is_unique_local) throw Refusal{kBadAddress};
-  if (ula.prefix_length > 128) throw Refusal{kBadMask};
+  refuse_unless(is_unique_local, kBadAddress);
+  refuse_unless(ula.prefix_length <= 128, kBadMask);
   store.execute("UPDATE line SET ula = :prefix, ula_length = :prefix_length WHERE wanid = :wanid", ula);
   count_change(store, ula.wanid);
 }
 
 // A line is up once its interface is done; a line that takes its weight from QoS weighs what its interface is
-// shaped to, or if it is not, what it has been seen to carry.
+// shaped to, or while it is not, what it has been seen to carry.
 void list(Store& store, Order& order) {
   ListAnswer<LineEntry> answer(order);
   Statement row = store.query(
@@ -120,7 +123,8 @@ void list(Store& store, Order& order) {
       "  dns4_3, dns6_1, dns6_2, dns6_3, dns_prio AS dns_pri, create_tm, ula, ula_length, hi, hi_bracket_1,"
       "  hi_bracket_2, ct, hi_val, ct_val, false_tm, trys, ret_state, zc.*, line.wanid "
       "FROM line JOIN interface USING (dev) LEFT JOIN line_zc AS zc USING (wanid)"
-      "  LEFT JOIN line_fact USING (wanid) LEFT JOIN qos_device USING (dev) ORDER BY line.wanid",
+      "  LEFT JOIN line_fact USING (wanid) LEFT JOIN qos_device ON qos_device.dev = line.dev AND "
+      "qos_device.en ORDER BY line.wanid",
       kInterfaceLineUp);
   while (row.next()) {
     LineEntry line = {};
@@ -131,7 +135,7 @@ void list(Store& store, Order& order) {
 }
 
 void set_mode(Store& store, const LineMode& mode) {
-  if (mode.type < kByHost || mode.type > kByWeights) throw Refusal{kBadMode};
+  refuse_unless(mode.type >= kByHost && mode.type <= kByWeights, kBadMode);
   set_setting(store, kModuleMr, "type", mode.type);
   set_setting(store, kModuleMr, "zn_val", mode.zn_val);
   set_setting(store, kModuleMr, "ct_rule_name", mode.ct_rule_name);
@@ -152,29 +156,29 @@ void get_mode(Store& store, LineMode& mode) {
   mode.ct_rule_name = get_setting(store, kModuleMr, "ct_rule_name");
 }
 
-void check_mask(Ip4 mask) {
+// One side of a route: both zero for any address. An address or a mask that was not understood came in as
+// zero, and would make the route one for other hosts.
+void check_net(Ip4 address, Ip4 mask) {
   const uint32_t host_bits = ~ntohl(mask.value);
-  refuse_unless((host_bits & (host_bits + 1)) == 0, kBadMask);
+  refuse_unless((host_bits & (host_bits + 1)) == 0 && (mask.value != 0 || address.value == 0), kBadMask);
+  refuse_unless(address.value != 0 || mask.value == 0, kBadAddress);
 }
 
 void add_route(Store& store, const LineRoute& route) {
   require_line(store, route.wanid);
-  check_mask(route.srcmask);
-  check_mask(route.dstmask);
-  if (store.execute("INSERT OR IGNORE INTO line_route"
-                    "  VALUES (:wanid, :prio, :src, :srcmask, :dst, :dstmask)",
-                    route) == 0) {
-    throw Refusal{kAlreadyThere};
-  }
-  if (store.number("SELECT count(*) FROM line_route") > kMaxRoutes) throw Refusal{kTableFull};
+  check_net(route.src, route.srcmask);
+  check_net(route.dst, route.dstmask);
+  refuse_if_none(store.execute("INSERT OR IGNORE INTO line_route (wanid, prio, src, srcmask, dst, dstmask)"
+                               "  VALUES (:wanid, :prio, :src, :srcmask, :dst, :dstmask)",
+                               route),
+                 kAlreadyThere);
+  refuse_if_full(store, "line_route", kMaxRoutes);
 }
 
 // The order names no more than the line: all its routes go.
 void del_routes(Store& store, const LineRoute& route) {
   require_line(store, route.wanid);
-  if (store.execute("DELETE FROM line_route WHERE wanid = ?", route.wanid) == 0) {
-    throw Refusal{kNoSuchRoute};
-  }
+  refuse_if_none(store.execute("DELETE FROM line_route WHERE wanid = ?", route.wanid), kNoSuchRoute);
 }
 
 void list_routes(Store& store, Order& order) {
@@ -206,13 +210,19 @@ void report_dns(Store& store) {
     }
     if (!servers.empty()) report += " line " + std::to_string(line.wanid) + ":" + servers;
   }
-  store_error_info(store, kModuleMr, report);
+  store_report(store, kModuleMr, report);
 }
+
+// Sets a column of addresses to what they are in the other byte order. SQL's bit operators all bind alike.
+#define SWAPPED(column)                                                            \
+  column " = ((" column " & 255) << 24) | ((" column " & 65280) << 8) | ((" column \
+         " >> 8) & 65280) | (" column " >> 24)"
 
 // The triggers keep the lines in step with the interfaces marked as WAN (bit 2 of their flags), those of a
 // state from before there were lines included. A line keeps its number until it goes; a new one gets the
 // lowest that is free.
-constexpr const char* kSchema[] = {R"(
+constexpr const char* kSchema[] = {
+    R"(
 CREATE TABLE line (
   wanid INTEGER PRIMARY KEY,
   dev TEXT NOT NULL UNIQUE REFERENCES interface (dev) ON DELETE CASCADE,
@@ -291,30 +301,28 @@ CREATE TABLE line_route (
   dstmask INTEGER NOT NULL,
   UNIQUE (wanid, src, srcmask, dst, dstmask)
 ))",
-                                   // Addresses as numbers that sort, under the names of their fields.
-                                   R"(
+    // Addresses as numbers that sort, under the names of their fields.
+    R"(
 ALTER TABLE line_zc RENAME COLUMN ip1 TO target_ips_1;
 ALTER TABLE line_zc RENAME COLUMN ip2 TO target_ips_2;
 ALTER TABLE line_zc RENAME COLUMN ip3 TO target_ips_3;
 ALTER TABLE line_zc RENAME COLUMN name1 TO target_names_1;
 ALTER TABLE line_zc RENAME COLUMN name2 TO target_names_2;
 ALTER TABLE line_zc RENAME COLUMN name3 TO target_names_3;
-UPDATE line SET
-  dns4_1 = (dns4_1 & 255) << 24 | (dns4_1 & 65280) << 8 | (dns4_1 >> 8 & 65280) | dns4_1 >> 24,
-  dns4_2 = (dns4_2 & 255) << 24 | (dns4_2 & 65280) << 8 | (dns4_2 >> 8 & 65280) | dns4_2 >> 24,
-  dns4_3 = (dns4_3 & 255) << 24 | (dns4_3 & 65280) << 8 | (dns4_3 >> 8 & 65280) | dns4_3 >> 24;
-UPDATE line_zc SET
-  gw = (gw & 255) << 24 | (gw & 65280) << 8 | (gw >> 8 & 65280) | gw >> 24,
-  second_ip = (second_ip & 255) << 24 | (second_ip & 65280) << 8 | (second_ip >> 8 & 65280) | second_ip >> 24,
-  option_ip = (option_ip & 255) << 24 | (option_ip & 65280) << 8 | (option_ip >> 8 & 65280) | option_ip >> 24,
-  target_ips_1 = (target_ips_1 & 255) << 24 | (target_ips_1 & 65280) << 8 | (target_ips_1 >> 8 & 65280) | target_ips_1 >> 24,
-  target_ips_2 = (target_ips_2 & 255) << 24 | (target_ips_2 & 65280) << 8 | (target_ips_2 >> 8 & 65280) | target_ips_2 >> 24,
-  target_ips_3 = (target_ips_3 & 255) << 24 | (target_ips_3 & 65280) << 8 | (target_ips_3 >> 8 & 65280) | target_ips_3 >> 24;
-UPDATE line_route SET
-  src = (src & 255) << 24 | (src & 65280) << 8 | (src >> 8 & 65280) | src >> 24,
-  srcmask = (srcmask & 255) << 24 | (srcmask & 65280) << 8 | (srcmask >> 8 & 65280) | srcmask >> 24,
-  dst = (dst & 255) << 24 | (dst & 65280) << 8 | (dst >> 8 & 65280) | dst >> 24,
-  dstmask = (dstmask & 255) << 24 | (dstmask & 65280) << 8 | (dstmask >> 8 & 65280) | dstmask >> 24)"};
+UPDATE line SET )" SWAPPED("dns4_1") ", " SWAPPED("dns4_2") ", " SWAPPED("dns4_3") R"(;
+UPDATE line_zc SET )" SWAPPED("gw") ", " SWAPPED("second_ip") ", " SWAPPED("option_ip") ", " SWAPPED(
+        "target_ips_1") ", " SWAPPED("target_ips_2") ", " SWAPPED("target_ips_3") R"(;
+UPDATE line_route SET )" SWAPPED("src") ", " SWAPPED("srcmask") ", " SWAPPED("dst") ", " SWAPPED("dstmask"),
+    // What the lab says of an interface stays known when its line goes.
+    R"(
+CREATE TABLE lab_line (
+  dev TEXT PRIMARY KEY REFERENCES interface (dev) ON DELETE CASCADE,
+  flags_before INTEGER NOT NULL           -- the interface's, when the lab found it; 0: it made it
+) WITHOUT ROWID;
+INSERT INTO lab_line SELECT dev, flags_before FROM line JOIN line_fact USING (wanid);
+ALTER TABLE line_fact DROP COLUMN flags_before)"};
+
+#undef SWAPPED
 
 constexpr Command kCommands[] = {
     {kMrLine, kWrites, run_as<set_line>},        {kMrMode, kWrites, run_as<set_mode>},
@@ -337,5 +345,5 @@ std::string line_device(Store& store, uint32_t line) {
 }
 
 void require_line(Store& store, uint32_t line) {
-  if (line_device(store, line).empty()) throw Refusal{kUnknownLine};
+  refuse_unless(!line_device(store, line).empty(), kUnknownLine);
 }

@@ -6,6 +6,10 @@
 
 #include "state/store.h"
 
+// The lines of WAN interfaces are those below the VPN links.
+constexpr uint32_t kFirstVpnLine = 121;
+constexpr uint32_t kLastLine = 255;
+
 // The interface of a line, the empty text when there is no such line.
 std::string line_device(Store& store, uint32_t line);
 

@@ -29,11 +29,8 @@ void set(Store& store, const QosDevSettings& settings) {
   require_device(store, text(settings.dev));
   check_switch(settings.en);
   refuse_unless(settings.type <= 1, kBadType);
-  store.execute("INSERT OR REPLACE INTO qos_device VALUES (?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?)",
-                settings.dev, settings.type, settings.en, settings.ge_tm, settings.tcpwin, settings.up,
-                settings.down, settings.up_fast, settings.down_fast, settings.up_ctskb, settings.down_ctskb,
-                settings.up_skb, settings.down_skb, settings.hi_up, settings.hi_down);
-  if (store.number("SELECT count(*) FROM qos_device") > kMaxDevices) throw Refusal{kTableFull};
+  store.put("qos_device", settings);
+  refuse_if_full(store, "qos_device", kMaxDevices);
 }
 
 // Off and all zero for a device that was never set.
@@ -42,11 +39,7 @@ void get(Store& store, QosDevSettings& settings) {
   QosDevSettings found = {};
   copy_text(found.dev, text(settings.dev));
   Statement row = store.query("SELECT * FROM qos_device WHERE dev = ?", settings.dev);
-  if (row.next()) {
-    row.read(found.dev, found.type, found.en, found.ge_tm, found.tcpwin, found.up, found.down, found.up_fast,
-             found.down_fast, found.up_ctskb, found.down_ctskb, found.up_skb, found.down_skb, found.hi_up,
-             found.hi_down);
-  }
+  if (row.next()) row.read_fields(found);
   settings = found;
 }
 
@@ -102,9 +95,9 @@ void forget_readings(Store& store) { store.execute("DELETE FROM qos_reading"); }
 void no_queue(Store& store, QosNoQueue& values) {
   require_device(store, text(values.dev));
   if (values.is_set != 0) {
-    if (std::max(values.up, values.down) > kMaxSpeedValue) throw Refusal{kBadNumber};
+    refuse_unless(std::max(values.up, values.down) <= kMaxSpeedValue, kBadNumber);
     store.execute("INSERT OR REPLACE INTO qos_no_queue VALUES (?, ?, ?)", values.dev, values.up, values.down);
-    if (store.number("SELECT count(*) FROM qos_no_queue") > kMaxDevices) throw Refusal{kTableFull};
+    refuse_if_full(store, "qos_no_queue", kMaxDevices);
   }
   values.up = values.down = 0;
   Statement row = store.query("SELECT up, down FROM qos_no_queue WHERE dev = ?", values.dev);
@@ -171,32 +164,31 @@ void single_ct(Store& store, QosSingleCt& single) {
   if (row.next()) row.read(single.up, single.down);
 }
 
-void get_speed_values(Store& store, QosSpeedValues& speed) {
-  memset(speed.values, 0, sizeof speed.values);
-  Statement row = store.query("SELECT by_line FROM qos_speed_value");
-  if (row.next()) row.read(speed.values);
-}
-
-void set_speed_values(Store& store, const QosSpeedValues& speed) {
-  if (std::ranges::max(speed.values) > kMaxSpeedValue) throw Refusal{kBadNumber};
-  store.execute("INSERT OR REPLACE INTO qos_speed_value VALUES (0, ?)", speed.values);
-}
+constexpr const char* kSpeedValue = "speed_value";  // of the lines that have none of their own
 
 // One value for all lines, whether they exist yet or not.
 void speed_values(Store& store, QosSpeedValues& speed) {
-  if (speed.is_set != 0) set_speed_values(store, speed);
-  get_speed_values(store, speed);
+  if (speed.is_set != 0) {
+    const uint8_t value = speed.values[0];
+    refuse_unless(value <= kMaxSpeedValue, kBadNumber);
+    refuse_unless(std::ranges::count(speed.values, value) == std::ssize(speed.values), kBadList);
+    set_setting(store, kModuleQos, kSpeedValue, value);
+    store.execute("DELETE FROM qos_line_speed");
+  }
+  memset(speed.values, static_cast<int>(get_setting(store, kModuleQos, kSpeedValue)), sizeof speed.values);
 }
 
+// One line's own, which goes with the line.
 void line_speed_value(Store& store, QosSpeedValues& speed) {
   require_line(store, speed.line);
-  QosSpeedValues kept = speed;
-  get_speed_values(store, kept);
+  uint8_t& value = speed.values[speed.line];
   if (speed.is_set != 0) {
-    kept.values[speed.line] = speed.values[speed.line];
-    set_speed_values(store, kept);
+    refuse_unless(value <= kMaxSpeedValue, kBadNumber);
+    store.execute("INSERT OR REPLACE INTO qos_line_speed VALUES (?, ?)", speed.line, value);
   }
-  speed = kept;
+  Statement own = store.query("SELECT value FROM qos_line_speed WHERE wanid = ?", speed.line);
+  value = static_cast<uint8_t>(get_setting(store, kModuleQos, kSpeedValue));
+  if (own.next()) own.read(value);
 }
 
 void skb(Store& store, SkbReport& report) {
@@ -227,10 +219,10 @@ void ip_rule_list(Store&, Order& order) { ListAnswer<QosIpRule> answer(order); }
 // Leaves a report where errinfo finds it.
 void debug(Store& store) {
   const auto count = [&store](const char* sql) { return std::to_string(store.number(sql)); };
-  store_error_info(store, kModuleQos,
-                   "qos: level " + std::to_string(get_setting(store, kModuleQos, "level")) + ", " +
-                       count("SELECT count(*) FROM qos_device WHERE en") + " devices shaped, " +
-                       count("SELECT count(DISTINCT dev) FROM qos_reading") + " devices read");
+  store_report(store, kModuleQos,
+               "qos: level " + std::to_string(get_setting(store, kModuleQos, "level")) + ", " +
+                   count("SELECT count(*) FROM qos_device WHERE en") + " devices shaped, " +
+                   count("SELECT count(DISTINCT dev) FROM qos_reading") + " devices read");
 }
 
 constexpr const char* kSchema[] = {R"(
@@ -273,7 +265,19 @@ CREATE TABLE qos_single_ct (
   up INTEGER NOT NULL,
   down INTEGER NOT NULL
 );
-CREATE TABLE qos_speed_value (id INTEGER PRIMARY KEY CHECK (id = 0), by_line BLOB NOT NULL))"};
+CREATE TABLE qos_speed_value (id INTEGER PRIMARY KEY CHECK (id = 0), by_line BLOB NOT NULL))",
+                                   // The value of line 255, which no line is, is that of all together. A
+                                   // value is a byte below 128, as a character of a text.
+                                   R"(
+CREATE TABLE qos_line_speed (
+  wanid INTEGER PRIMARY KEY REFERENCES line (wanid) ON DELETE CASCADE,
+  value INTEGER NOT NULL
+);
+INSERT INTO qos_line_speed
+  SELECT wanid, coalesce(unicode(CAST(substr(by_line, wanid + 1, 1) AS TEXT)), 0) FROM line, qos_speed_value;
+INSERT INTO setting
+  SELECT 14, 'speed_value', coalesce(unicode(CAST(substr(by_line, 256, 1) AS TEXT)), 0) FROM qos_speed_value;
+DROP TABLE qos_speed_value)"};
 
 constexpr Command kCommands[] = {
     {kQosSet, kWrites, run_as<set>},

@@ -3,10 +3,12 @@
 // lowest number first; rules of one priority in the order in which they were added.
 #include "modules/rule.h"
 
+#include <algorithm>
 #include <cstddef>
 
 #include "modules/checks.h"
 #include "modules/modules.h"
+#include "modules/mr.h"
 #include "records/list.h"
 #include "records/rule.h"
 #include "state/settings.h"
@@ -46,17 +48,52 @@ uint32_t list_bytes(const Rule& rule) {
 }
 uint32_t list_bytes(const FilterRule& rule) { return rule.id_count * uint32_t{sizeof(NumberRange)}; }
 
-void check(const AccRule& rule) {
-  check_switch(rule.act);
-  check_switch(rule.log);
-  refuse_unless(rule.type != kRuleMac || is_host_mac(rule.mac), kBadMac);
+// A list with nobody in it is no rule for nobody: whoever wrote it meant somebody.
+template <typename Rule>
+void check_hosts(const Rule& rule) {
+  refuse_unless(rule.address_count != 0 || (rule.type == kHostRanges && rule.v6_count != 0), kEmptyList);
 }
 
-void check(const WhitelistEntry&) {}
+// A mode of class list wants a list: without one the rule would be for all classes.
+template <typename Rule>
+void check_classes(const Rule& rule) {
+  refuse_unless(rule.thd_type == 0 || rule.thd_count != 0, kEmptyList);
+}
 
-void check(const MrouteRule& rule) { check_switch(rule.log); }
+void check(Store&, const AccRule& rule) {
+  check_switch(rule.act);
+  check_switch(rule.log);
+  check_classes(rule);
+  if (rule.type == kRuleMac) {
+    refuse_unless(is_host_mac(rule.mac), kBadMac);
+  } else {
+    check_hosts(rule);
+  }
+}
 
-void check(const FilterRule& rule) {
+void check(Store&, const WhitelistEntry& entry) { check_hosts(entry); }
+
+// The lines in use: what stands behind a place that is left empty is not.
+std::span<const uint16_t> wans(const MrouteRule& rule) {
+  return {rule.wans, std::ranges::find(rule.wans, 0)};
+}
+
+// The links of VPNs come and go by themselves.
+void check(Store& store, const MrouteRule& rule) {
+  check_switch(rule.log);
+  check_classes(rule);
+  check_hosts(rule);
+  refuse_unless(!wans(rule).empty(), kEmptyList);
+  for (const uint16_t wan : wans(rule)) {
+    if (wan < kFirstVpnLine) {
+      require_line(store, wan - 1U);
+    } else {
+      refuse_unless(wan <= kLastLine, kUnknownLine);
+    }
+  }
+}
+
+void check(Store&, const FilterRule& rule) {
   check_switch(rule.act);
   check_switch(rule.log);
   refuse_unless(rule.gid != 0 || rule.id_count != 0, kEmptyList);  // nothing at all of nobody in particular
@@ -73,28 +110,26 @@ void add(Store& store, const Rule& request, Order& order) {
   uint8_t kind = 0;
   if constexpr (std::is_same_v<Rule, MrouteRule>) kind = rule.rule_type = route_type(rule);
   const Place place = place_of(rule);
-  refuse_unless(!place.name.empty(), kBadName);
-  check(rule);
   std::vector<uint8_t> record = order.request_bytes(uint32_t{sizeof rule} + list_bytes(rule));
   std::span<const uint8_t> lists(record.data() + sizeof rule, record.size() - sizeof rule);
   check_lists(rule, lists);
   refuse_unless(lists.empty(), kBadRecord);
+  check_name(place.name);
+  check(store, rule);
   memcpy(record.data(), &rule, sizeof rule);
 
-  if (store.execute("INSERT OR IGNORE INTO rule (tab, gid, name, prio, kind, record) "
-                    "VALUES (?, ?, ?, ?, ?, ?)",
-                    place.table, place.gid, place.name, place.prio, kind, record) == 0) {
-    throw Refusal{kAlreadyThere};
-  }
-  if (store.number("SELECT sum(length(record)) FROM rule WHERE tab = ?", place.table) > kMaxTableBytes) {
-    throw Refusal{kTableFull};
-  }
+  refuse_if_none(store.execute("INSERT OR IGNORE INTO rule (tab, gid, name, prio, kind, record) "
+                               "VALUES (?, ?, ?, ?, ?, ?)",
+                               place.table, place.gid, place.name, place.prio, kind, record),
+                 kAlreadyThere);
+  refuse_unless(
+      store.number("SELECT sum(length(record)) FROM rule WHERE tab = ?", place.table) <= kMaxTableBytes,
+      kTableFull);
 }
 
 void delete_rule(Store& store, Table table, uint8_t gid, std::string_view name) {
-  refuse_unless(
-      store.execute("DELETE FROM rule WHERE tab = ? AND gid = ? AND name = ?", table, gid, name) != 0,
-      kNoSuchRule);
+  refuse_if_none(store.execute("DELETE FROM rule WHERE tab = ? AND gid = ? AND name = ?", table, gid, name),
+                 kNoSuchRule);
 }
 
 template <Table table>
@@ -160,7 +195,22 @@ void clear_hits(Store& store, const RuleName& rule) {
   const std::string_view name = text(rule.name);
   const int cleared =
       store.execute("UPDATE rule SET hits = 0 WHERE tab = ?1 AND (?2 = '' OR name = ?2)", kMroute, name);
-  refuse_unless(cleared != 0 || name.empty(), kNoSuchRule);
+  if (!name.empty()) refuse_if_none(cleared, kNoSuchRule);
+}
+
+// Those that send traffic over the line of an interface.
+std::vector<int64_t> routes_over(Store& store, std::string_view dev) {
+  std::vector<int64_t> ids;
+  const int64_t wan = store.number("SELECT wanid + 1 FROM line WHERE dev = ?", dev);
+  Statement row = store.query("SELECT id, record FROM rule WHERE tab = ? AND ? <> 0", kMroute, wan);
+  for (std::vector<uint8_t> record; row.next();) {
+    int64_t id;
+    row.read(id, record);
+    MrouteRule rule;
+    memcpy(&rule, record.data(), sizeof rule);
+    if (std::ranges::find(wans(rule), wan) != wans(rule).end()) ids.push_back(id);
+  }
+  return ids;
 }
 
 constexpr const char* kSchema[] = {R"(
@@ -201,6 +251,12 @@ constexpr Command kCommands[] = {
 }  // namespace
 
 const Module kRuleModule = {kModuleRule, kCommands, kSchema};
+
+bool is_routed_over(Store& store, std::string_view dev) { return !routes_over(store, dev).empty(); }
+
+void delete_routes_over(Store& store, std::string_view dev) {
+  for (const int64_t id : routes_over(store, dev)) store.execute("DELETE FROM rule WHERE id = ?", id);
+}
 
 bool set_route_hits(Store& store, std::string_view name, uint64_t hits) {
   return store.execute("UPDATE rule SET hits = ? WHERE tab = ? AND name = ?", hits, kMroute, name) != 0;
