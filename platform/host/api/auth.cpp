@@ -7,8 +7,10 @@
 
 #include "api/guard.h"
 #include "modules/checks.h"
+#include "modules/host.h"
 #include "modules/macuser.h"
 #include "modules/modules.h"
+#include "modules/user.h"
 #include "platform/address.h"
 #include "records/user.h"
 #include "state/settings.h"
@@ -53,42 +55,23 @@ int write_text(char* buffer, uint32_t room, std::string_view text) {
 
 // ---- Hosts ----
 
-// A host by its IP address, its MAC address, or both; zero where it is not known by one of them.
-struct HostKey {
-  uint32_t ip = 0;  // as a number
-  Mac mac = {};
-};
-
-void read_ip(HostKey& host, const char* text) {
-  host.ip = ntohl(StrToIp(text));
-  if (host.ip == 0) throw Refusal{kBadAddress};
+HostAddress by_ip(const char* text) {
+  const Ip4 ip = {StrToIp(text)};
+  refuse_unless(is_host_ip(ip), kBadAddress);
+  return {ip, {}};
 }
 
-void read_mac(HostKey& host, const char* text) {
-  if (StrToMac(text, &host.mac) != 0 || !is_host_mac(host.mac)) throw Refusal{kBadAddress};
+HostAddress by_mac(const char* text) {
+  Mac mac;
+  refuse_unless(StrToMac(text, &mac) == 0 && is_host_mac(mac), kBadMac);
+  return {{}, mac};
 }
 
-HostKey by_ip(const char* ip) {
-  HostKey host;
-  read_ip(host, ip);
-  return host;
-}
+HostAddress by_both(const char* ip, const char* mac) { return {by_ip(ip).ip, by_mac(mac).mac}; }
 
-HostKey by_mac(const char* mac) {
-  HostKey host;
-  read_mac(host, mac);
-  return host;
-}
-
-HostKey by_both(const char* ip, const char* mac) {
-  HostKey host = by_ip(ip);
-  read_mac(host, mac);
-  return host;
-}
-
-std::string ip_text(uint32_t ip) {
+std::string ip_text(const Ip4& ip) {
   char text[64];
-  return IpToStr(text, htonl(ip));
+  return IpToStr(text, ip.value);
 }
 
 std::string mac_text(const Mac& mac) {
@@ -107,14 +90,13 @@ constexpr std::string_view kBlackMac = "black mac";
 
 // Each value has one form only, so that it is in its list once. A malformed one is the empty text.
 std::string mac_value(const char* text) {
-  HostKey host;
-  const bool is_good = StrToMac(text, &host.mac) == 0 && is_host_mac(host.mac);
-  return is_good ? mac_text(host.mac) : "";
+  Mac mac;
+  return StrToMac(text, &mac) == 0 && is_host_mac(mac) ? mac_text(mac) : "";
 }
 
 std::string ip_value(const char* text) {
-  const uint32_t ip = ntohl(StrToIp(text));
-  return ip == 0 ? "" : ip_text(ip);
+  const Ip4 ip = {StrToIp(text)};
+  return ip.value == 0 ? "" : ip_text(ip);
 }
 
 std::string port_value(uint32_t port) { return port == 0 || port > kMaxPort ? "" : std::to_string(port); }
@@ -138,11 +120,10 @@ std::string domain_value(const char* text) {
 }
 
 void add_value(Store& store, std::string_view list, const std::string& value) {
-  if (value.empty()) throw Refusal{kBadText};
+  refuse_unless(!value.empty(), kBadText);
   store.execute("INSERT OR IGNORE INTO portal_list (list, value) VALUES (?, ?)", list, value);
-  if (store.number("SELECT count(*) FROM portal_list WHERE list = ?", list) > kMaxListed) {
-    throw Refusal{kTableFull};
-  }
+  refuse_unless(store.number("SELECT count(*) FROM portal_list WHERE list = ?", list) <= kMaxListed,
+                kTableFull);
 }
 
 // `value_of` is one of the functions above.
@@ -157,10 +138,8 @@ int add(std::string_view list, std::string (*value_of)(Argument), Argument argum
 template <typename Argument>
 int del(std::string_view list, std::string (*value_of)(Argument), Argument argument) {
   return transact(kWrites, [&](Store& store) {
-    if (store.execute("DELETE FROM portal_list WHERE list = ? AND value = ?", list, value_of(argument)) ==
-        0) {
-      throw Refusal{kNoSuchEntry};
-    }
+    refuse_if_none(
+        store.execute("DELETE FROM portal_list WHERE list = ? AND value = ?", list, value_of(argument)));
     return 0;
   });
 }
@@ -187,79 +166,91 @@ int delete_all(std::string_view list) {
 
 // ---- Sessions ----
 
-// The account by which this host may log in now. An address that is not known breaks no binding.
-uint32_t account_for_login(Store& store, std::string_view name, const HostKey& host) {
-  Statement row = store.query(
-      "SELECT userid, max, (SELECT count(*) FROM session WHERE session.userid = account.userid) "
-      "FROM account WHERE name = ?1 AND flags & ?4 AND NOT flags & ?5 AND NOT locked"
-      "  AND (ddate = 0 OR ddate > unixepoch())"
-      "  AND (NOT flags & ?6 OR ?2 = 0 OR ?2 BETWEEN ip_start AND ip_end)"
-      "  AND (NOT flags & ?7 OR ?3 = zeroblob(6) OR ?3 = mac)",
-      name, host.ip, host.mac, kUserWeb, kUserOff, kUserFixedIp, kUserFixedMac);
-  if (!row.next()) throw Refusal{kUnknownUser};
-  uint32_t userid;
-  uint32_t max;
-  uint32_t logins;
-  row.read(userid, max, logins);
-  for (const uint32_t limit : {max, get_setting(store, kModuleUser, kMaxLogins)}) {
-    if (limit != 0 && logins >= limit) throw Refusal{kTableFull};
+void refuse_black(Store& store, const Mac& mac) {
+  refuse_unless(store.number("SELECT count(*) FROM portal_list WHERE list = ? AND value = ?", kBlackMac,
+                             mac_text(mac)) == 0,
+                kNotRunning);
+}
+
+// The account by which this host may log in now. When it tells one of its addresses, an account that is bound
+// to the other goes by what is known of the host.
+uint32_t account_for_login(Store& store, const char* user, const HostAddress& host,
+                           const std::vector<HostAddress>& known) {
+  const std::vector<HostAddress> told = {host};
+  const bool tells_both = host.ip != Ip4{} && host.mac != Mac{};
+  for (const HostAddress& address : tells_both || known.empty() ? told : known) {
+    const uint32_t userid = account_for(store, user, kUserWeb, address);
+    if (userid != 0) return userid;
   }
-  return userid;
+  throw Refusal{kUnknownUser};
+}
+
+void check_login_count(Store& store, uint32_t userid) {
+  const int64_t logins = store.number("SELECT count(*) FROM session WHERE userid = ?", userid);
+  const int64_t most = store.number("SELECT max FROM account WHERE userid = ?", userid);
+  for (const int64_t limit : {most, int64_t{get_setting(store, kModuleUser, kMaxLogins)}}) {
+    refuse_unless(limit == 0 || logins <= limit, kTableFull);
+  }
 }
 
 // Logs a host in, in place of what it was logged in as. A null user logs in without an account; without
 // seconds the login lasts as long as logins are set to.
-int log_in(Store& store, const char* user, const HostKey& host, uint32_t seconds) {
-  if (store.number("SELECT count(*) FROM portal_list WHERE list = ? AND value = ?", kBlackMac,
-                   mac_text(host.mac)) > 0) {
-    throw Refusal{kNotRunning};
+int log_in(Store& store, const char* user, const HostAddress& host, uint32_t seconds) {
+  end_sessions(store);
+  const std::vector<HostAddress> known = known_addresses(store, host);
+  refuse_black(store, host.mac);
+  for (const HostAddress& address : known) {
+    if (address.ip == host.ip) refuse_black(store, address.mac);
   }
-  store.execute(
-      "DELETE FROM session WHERE until <= unixepoch() OR (?1 <> 0 AND ip = ?1)"
-      "  OR (?2 <> zeroblob(6) AND mac = ?2)",
-      host.ip, host.mac);
-  const uint32_t userid = user == nullptr ? 0 : account_for_login(store, user, host);
-  if (seconds == 0) seconds = get_setting(store, kModuleUser, kLoginSeconds);
-  store.execute(
-      "INSERT INTO session (userid, service, ip, mac, until)"
-      "  VALUES (nullif(?1, 0), ?2, ?3, ?4, iif(?5 = 0, 0x7fffffffffffffff, unixepoch() + ?5))",
-      userid, kUserWeb, host.ip, host.mac, seconds);
-  if (store.number("SELECT count(*) FROM session") > kMaxSessions) throw Refusal{kTableFull};
-  if (userid != 0 && is_host_mac(host.mac)) remember_mac(store, host.mac, userid);
+  Session session = {};
+  if (user != nullptr) session.userid = account_for_login(store, user, host, known);
+  session.service = kUserWeb;
+  session.ip = host.ip;
+  session.mac = host.mac;
+  session.seconds = seconds != 0 ? seconds : get_setting(store, kModuleUser, kLoginSeconds);
+  begin_session(store, session);
+  refuse_if_full(store, "session", kMaxSessions);
+  if (session.userid == 0) return 0;
+  check_login_count(store, session.userid);
+  if (host.mac != Mac{}) remember_mac(store, host.mac, session.userid);
   return 0;
 }
 
-int log_out(Store& store, const HostKey& host) {
-  if (store.execute("DELETE FROM session WHERE until > unixepoch() AND (?1 = 0 OR ip = ?1)"
-                    "  AND (?2 = zeroblob(6) OR mac = ?2)",
-                    host.ip, host.mac) == 0) {
-    throw Refusal{kUnknownHost};
-  }
+// The sessions of the hosts that a key means, of all with the empty one.
+constexpr const char* kSessions =
+    "session WHERE (:ip = 0 OR ip = :ip) AND (:mac = zeroblob(6) OR mac = :mac)";
+
+int log_out(Store& store, const HostAddress& host) {
+  end_sessions(store);
+  refuse_if_none(store.execute((std::string("DELETE FROM ") + kSessions).c_str(), host), kUnknownHost);
   return 0;
 }
 
-// The hosts that are on line; with a key, those that it means.
-Statement online_hosts(Store& store, const HostKey& host = {}) {
+Statement online_hosts(Store& store, const HostAddress& host = {}) {
+  end_sessions(store);
   return store.query(
-      "SELECT ip, mac, up, down, send, recv FROM online WHERE (?1 = 0 OR ip = ?1)"
-      "  AND (?2 = zeroblob(6) OR mac = ?2) ORDER BY session",
-      host.ip, host.mac);
+      (std::string("SELECT ip, mac, up, down, send, recv FROM ") + kSessions + " ORDER BY session").c_str(),
+      host);
 }
 
 // What is not known of a host is the empty text.
 OnlineInfo read_host(const Statement& row) {
+  Session session = {};
+  row.read_fields(session);
   OnlineInfo info = {};
-  HostKey host;
-  row.read(host.ip, host.mac, info.up, info.down, info.send, info.recv);
-  if (host.ip != 0) copy_text(info.ip, ip_text(host.ip));
-  if (is_host_mac(host.mac)) copy_text(info.mac, mac_text(host.mac));
+  if (session.ip != Ip4{}) copy_text(info.ip, ip_text(session.ip));
+  if (session.mac != Mac{}) copy_text(info.mac, mac_text(session.mac));
+  info.up = session.up;
+  info.down = session.down;
+  info.send = session.send;
+  info.recv = session.recv;
   return info;
 }
 
 // With a null info only asks.
-int find_host(Store& store, const HostKey& host, OnlineInfo* info) {
+int find_host(Store& store, const HostAddress& host, OnlineInfo* info) {
   Statement row = online_hosts(store, host);
-  if (!row.next()) throw Refusal{kUnknownHost};
+  refuse_unless(row.next(), kUnknownHost);
   if (info != nullptr) *info = read_host(row);
   return 0;
 }
@@ -297,31 +288,31 @@ int ApiLogoutByIpAndMac(const char* ip, const char* mac) {
 // ---- Who is on line ----
 
 int ApiIsIpOnline(const char* ip) {
-  return transact(kReads, [&](Store& store) { return find_host(store, by_ip(ip), nullptr); });
+  return transact(kWrites, [&](Store& store) { return find_host(store, by_ip(ip), nullptr); });
 }
 
 int ApiIsMacOnline(const char* mac) {
-  return transact(kReads, [&](Store& store) { return find_host(store, by_mac(mac), nullptr); });
+  return transact(kWrites, [&](Store& store) { return find_host(store, by_mac(mac), nullptr); });
 }
 
 int ApiIsIpMacOnline(const char* ip, const char* mac) {
-  return transact(kReads, [&](Store& store) { return find_host(store, by_both(ip, mac), nullptr); });
+  return transact(kWrites, [&](Store& store) { return find_host(store, by_both(ip, mac), nullptr); });
 }
 
 int ApiGetOnlineInfoByIp(OnlineInfo* info, const char* ip) {
-  return transact(kReads, [&](Store& store) { return find_host(store, by_ip(ip), info); });
+  return transact(kWrites, [&](Store& store) { return find_host(store, by_ip(ip), info); });
 }
 
 int ApiGetOnlineInfoByMac(OnlineInfo* info, const char* mac) {
-  return transact(kReads, [&](Store& store) { return find_host(store, by_mac(mac), info); });
+  return transact(kWrites, [&](Store& store) { return find_host(store, by_mac(mac), info); });
 }
 
 int ApiGetOnlineInfoByIpAndMac(OnlineInfo* info, const char* ip, const char* mac) {
-  return transact(kReads, [&](Store& store) { return find_host(store, by_both(ip, mac), info); });
+  return transact(kWrites, [&](Store& store) { return find_host(store, by_both(ip, mac), info); });
 }
 
 int ApiGetAllOnlineInfo(OnlineInfo* infos, uint32_t room) {
-  return transact(kReads, [&](Store& store) {
+  return transact(kWrites, [&](Store& store) {
     int count = 0;
     for (Statement row = online_hosts(store); row.next(); ++count) {
       if (infos == nullptr) continue;
@@ -359,11 +350,15 @@ int ApiDelWhitePort(uint32_t port) { return del(kWhitePort, port_value, port); }
 int ApiGetWhitePort(char* buffer, uint32_t room) { return get(kWhitePort, buffer, room); }
 int ApiDelallWhitePort() { return delete_all(kWhitePort); }
 
-// Who is put on the black list is logged out.
-int ApiAddBlackMac(const char* mac) {
+// Who is put on the black list is logged out, by whichever address it had logged in.
+int ApiAddBlackMac(const char* text) {
   return transact(kWrites, [&](Store& store) {
-    add_value(store, kBlackMac, mac_value(mac));
-    store.execute("DELETE FROM session WHERE mac = ?", by_mac(mac).mac);
+    add_value(store, kBlackMac, mac_value(text));
+    const HostAddress host = by_mac(text);
+    store.execute("DELETE FROM session WHERE mac = ?", host.mac);
+    for (const HostAddress& known : known_addresses(store, host)) {
+      store.execute("DELETE FROM session WHERE ip = ?", known.ip);
+    }
     return 0;
   });
 }

@@ -4,6 +4,7 @@
 #include "lab/give_order.h"
 #include "lab/sections.h"
 #include "modules/modules.h"
+#include "modules/user.h"
 #include "records/user.h"
 
 namespace {
@@ -23,34 +24,32 @@ struct Account {
   }
 };
 
-struct Session {
-  Ip4 ip;
-  Mac mac;
+struct LabSession {
+  Session session;
   uint8_t pppoe;
-  uint64_t up;
-  uint64_t down;
-  uint64_t send;
-  uint64_t recv;
 
   static constexpr void each_field(auto& r, auto&& field) {
-    field("ip", r.ip), field("mac", r.mac), field("pppoe", r.pppoe), field("up", r.up), field("down", r.down),
-        field("send", r.send), field("recv", r.recv);
+    field("ip", r.session.ip), field("mac", r.session.mac), field("pppoe", r.pppoe),
+        field("up", r.session.up), field("down", r.session.down), field("send", r.session.send),
+        field("recv", r.session.recv);
   }
 };
 
-// It lasts until it is ended.
-void load_session(Store& store, const Node& node, std::string_view account) {
-  Session session = {};
-  read_record(node, session, {"ip"});
-  if (store.number("SELECT count(*) FROM online WHERE ip = ?1 OR (?2 <> zeroblob(6) AND mac = ?2)",
-                   session.ip, session.mac) != 0) {
+// It lasts until it is ended, and takes the place of one that the host has begun itself.
+void load_session(Store& store, const Node& node, uint32_t userid) {
+  LabSession made = {};
+  Session& session = made.session;
+  read_record(node, made, {});
+  if (session.ip == Ip4{} && session.mac == Mac{}) node.fail("neither \"ip\" nor \"mac\"");
+  if (store.number("SELECT count(*) FROM session WHERE lab AND"
+                   "  ((:ip <> 0 AND ip = :ip) OR (:mac <> zeroblob(6) AND mac = :mac))",
+                   session) != 0) {
     node.fail("the host is logged in already");
   }
-  store.execute(
-      "INSERT INTO session (userid, service, ip, mac, until, up, down, send, recv) VALUES"
-      "  ((SELECT userid FROM account WHERE name = :account), :service, :ip, :mac, 0x7fffffffffffffff, :up,"
-      "   :down, :send, :recv)",
-      Column{"account", account}, Column{"service", session.pppoe != 0 ? kUserPppoe : kUserWeb}, session);
+  session.userid = userid;
+  session.service = made.pppoe != 0 ? kUserPppoe : kUserWeb;
+  session.lab = 1;
+  begin_session(store, session);
 }
 
 // An account that is there keeps what it was added with.
@@ -75,16 +74,17 @@ void load_account(Store& store, const Node& node) {
   store.execute("UPDATE account SET lab = ?, ddate = ?, up_bytes = ?, down_bytes = ? WHERE name = ?",
                 is_new ? 2 : 1, user.ddate, account.up_bytes, account.down_bytes, user.name);
   if (!sessions) return;
-  sessions->each_element([&](const Node& element) { load_session(store, element, text(user.name)); });
+  const auto userid =
+      static_cast<uint32_t>(store.number("SELECT userid FROM account WHERE name = ?", user.name));
+  sessions->each_element([&](const Node& element) { load_session(store, element, userid); });
 }
 
 void load_accounts(Store& store, const Node& node) {
   node.each_element([&store](const Node& element) { load_account(store, element); });
 }
 
-// Their sessions, whoever logged in, go with what is said of them.
 void clear_accounts(Store& store) {
-  store.execute("DELETE FROM session WHERE userid IN (SELECT userid FROM account WHERE lab <> 0)");
+  store.execute("DELETE FROM session WHERE lab");
   store.execute("DELETE FROM account WHERE lab = 2");
   store.execute("UPDATE account SET lab = 0, ddate = 0, up_bytes = 0, down_bytes = 0 WHERE lab <> 0");
 }

@@ -2,9 +2,7 @@
 #include "lab/hosts.h"
 
 #include <algorithm>
-#include <ctime>
 #include <optional>
-#include <utility>
 
 #include "lab/sections.h"
 #include "modules/host.h"
@@ -17,11 +15,6 @@ namespace {
 // Moments are told by how long ago they were: "age", for how many seconds something has been known; "idle",
 // since when it has been silent.
 bool is_moment(std::string_view name) { return name == "creat_tm" || name == "last_tm" || name == "del_tm"; }
-
-uint64_t moment(uint64_t seconds_ago) {
-  const auto present = static_cast<uint64_t>(time(nullptr));
-  return seconds_ago < present ? present - seconds_ago : 0;
-}
 
 template <typename Record>
 const uint8_t (&bytes_of(const Record& record))[sizeof(Record)] {
@@ -57,12 +50,7 @@ void load_host(Store& store, const Node& node) {
   });
 }
 
-void clear_hosts(Store& store) {
-  // What orders have set for them goes with them.
-  store.execute("DELETE FROM host_real_mac WHERE ip IN (SELECT ip FROM host)");
-  store.execute("DELETE FROM host_redirect WHERE ip IN (SELECT ip FROM host)");
-  store.execute("DELETE FROM host");
-}
+void clear_hosts(Store& store) { store.execute("DELETE FROM host"); }
 
 int64_t count_hosts(Store& store) { return store.number("SELECT count(*) FROM host"); }
 
@@ -81,10 +69,9 @@ void load_third(Store& store, const Node& node) {
       if (name == "age") read_value(value, entry.creat_tm);
       return name == "age";
     });
-    entry.creat_tm = moment(entry.creat_tm);
-    if (store.execute(
-            "INSERT OR IGNORE INTO host_third VALUES (:ip, :mac, :creat_tm, :clt_installed, :device_type)",
-            entry) == 0) {
+    if (store.execute("INSERT OR IGNORE INTO host_third (ip, mac, known, clt_installed, device_type)"
+                      "  VALUES (:ip, :mac, :creat_tm, :clt_installed, :device_type)",
+                      entry) == 0) {
       element.fail("a second entry of this ip");
     }
   });
@@ -127,11 +114,10 @@ const Section kCountersSection = {"counters", load_counters, clear_counters, cou
 void add_host(Store& store, const HostAiEntry& made) {
   HostAiEntry entry = made;
   HostEntry& host = entry.host;
-  host.creat_tm = moment(host.creat_tm);
-  const uint64_t idle = std::exchange(host.last_tm, 0);
   // An IPv4 host that nothing else is said of answers ARP for its own address.
-  if (host.arp_ip.value == 0 && host.ip.family.value() == 4) {
-    memcpy(&host.arp_ip, host.ip.bytes, sizeof host.arp_ip);
-  }
-  store.execute("INSERT INTO host (ip, idle, entry) VALUES (?, ?, ?)", host.ip, idle, bytes_of(entry));
+  if (host.arp_ip.value == 0) host.arp_ip = ip4(host.ip);
+  const uint8_t(&bytes)[sizeof entry] = bytes_of(entry);
+  store.execute(
+      "INSERT INTO host (ip, since, known, idle, entry) VALUES (:ip, present(), :creat_tm, :last_tm, :entry)",
+      host, Column{"entry", std::vector<uint8_t>(bytes, bytes + sizeof bytes)});
 }

@@ -7,8 +7,6 @@
 #include <cstring>
 #include <iterator>
 
-#include "platform/address.h"
-
 namespace {
 
 struct Kind {
@@ -45,8 +43,7 @@ HostAiEntry make_host(uint32_t number) {
   constexpr uint32_t kRouter = 0x0A010001;  // 10.1.0.1
   host.local_ip = {htonl(kRouter)};
   host.arp_ip = {htonl(kRouter + 1 + number)};
-  char text[64];
-  StrToIpaddr(IpToStr(text, host.arp_ip.value), &host.ip);
+  host.ip = ip_address(host.arp_ip);
   const uint32_t mac = htonl(number + 1);
   host.local_mac.bytes[0] = 2;
   memcpy(host.local_mac.bytes + 2, &mac, sizeof mac);

@@ -24,7 +24,7 @@ std::string Node::text(size_t most) const {
   if (!value_.is_string()) fail("a text is wanted");
   const auto& text = value_.get_ref<const std::string&>();
   if (text.size() > most) fail("more than " + std::to_string(most) + " characters");
-  if (std::ranges::any_of(text, [](char c) { return static_cast<unsigned char>(c) < ' '; })) {
+  if (std::ranges::any_of(text, [](char c) { return static_cast<unsigned char>(c) < ' ' || c == 0x7f; })) {
     fail("a control character in the text");
   }
   return text;

@@ -214,12 +214,6 @@ std::map<std::string, Ip4> linux_own_ips() {
   return {all.begin(), all.end()};  // of those with the same name the first
 }
 
-Ip4 Neighbour::ip4() const {
-  Ip4 ip = {};
-  if (address.family.value() == 4) memcpy(&ip, address.bytes, sizeof ip);
-  return ip;
-}
-
 std::vector<Neighbour> linux_neighbours() {
   const std::map<uint32_t, std::string> names = names_by_index();
   return ask<Neighbour, ndmsg>(RTM_GETNEIGH, AF_UNSPEC, "",

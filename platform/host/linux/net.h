@@ -40,7 +40,7 @@ struct Neighbour {
   uint32_t idle_seconds;  // since it was last used or shown to be there
   uint16_t state;         // NUD_REACHABLE and the like, of <linux/neighbour.h>
 
-  Ip4 ip4() const;  // 0.0.0.0 when the address is of another family
+  Ip4 ip4() const { return ::ip4(address); }
 };
 
 // The hosts whose MAC address Linux has learnt or was told, but for IPv6 addresses of the link alone, by

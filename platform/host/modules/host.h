@@ -1,9 +1,23 @@
-// What is kept of hosts, for those who put some in place.
+// Hosts, for those who look for one, and what is kept of them, for those who put some in place.
 #pragma once
 
 #include <cstdint>
+#include <vector>
 
 #include "records/host.h"
+#include "state/store.h"
+
+// Addresses of one host; zero where one is not known.
+struct HostAddress {
+  Ip4 ip;
+  Mac mac;
+
+  static constexpr void each_field(auto& r, auto&& field) { field("ip", r.ip), field("mac", r.mac); }
+};
+
+// The pairs of addresses with one of these, from all who know of some: the hosts that are logged in, the host
+// table, the ARP bindings, Linux, in this order.
+std::vector<HostAddress> known_addresses(Store& store, const HostAddress& host);
 
 // A run counter that only packets would move, or a limit of the machine; kept as a setting of the module.
 struct HostCounter {

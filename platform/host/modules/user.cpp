@@ -1,14 +1,12 @@
 // Local user accounts (module 16), and the sessions of the hosts that are logged in. Tables keep addresses as
-// numbers, so that they sort and compare, and times as seconds since 1970.
-#include "records/user.h"
-
-#include <arpa/inet.h>
+// numbers, so that they sort and compare.
+#include "modules/user.h"
 
 #include <algorithm>
 
 #include "modules/checks.h"
 #include "modules/modules.h"
-#include "platform/address.h"
+#include "records/user.h"
 #include "state/settings.h"
 
 namespace {
@@ -18,24 +16,44 @@ constexpr uint32_t kMaxCardType = 255;
 constexpr uint32_t kRequestFlags =
     kUserFixedIp | kUserFixedMac | kUserOff | kUserAnyIp | kUserAnyMac | kUserPppoe | kUserWeb;
 
-// Adding an account again gives it everything anew but its id, its expiry date and its traffic.
-void add(Store& store, const UserRequest& user) {
+// Whether an account does not allow a host, which has the columns of a session. An address that is not known
+// breaks no binding.
+constexpr std::string_view kIsClosed =
+    "(locked OR flags & 0x4 OR NOT flags & host.service OR ddate BETWEEN 1 AND unixepoch()"
+    "  OR (flags & 0x1 AND host.ip <> 0 AND host.ip NOT BETWEEN ip_start AND ip_end)"
+    "  OR (flags & 0x2 AND host.mac <> zeroblob(6) AND host.mac <> account.mac))";
+static_assert(kUserFixedIp == 0x1 && kUserFixedMac == 0x2 && kUserOff == 0x4);
+
+// Which hosts and services an account is for must have been understood: a word that is none binds to nothing,
+// and allows nothing.
+void check_account(const UserRequest& user) {
   check_name(text(user.name));
-  const uint32_t flags = user.flags & kRequestFlags;
-  if ((flags & kUserFixedIp) != 0 && user.ip_start.value > user.ip_end.value) throw Refusal{kBadAddress};
-  if ((flags & kUserFixedMac) != 0 && !is_host_mac(user.mac)) throw Refusal{kBadAddress};
-  store.execute(
-      "INSERT INTO account (userid, name, pwd, mem, ip_start, ip_end, max, up_speed, down_speed, mac, gid,"
-      "  mode_speed, mod_pwd, flags) "
-      "VALUES ((SELECT userid FROM account WHERE name = :name), :name, :pwd, :mem, :ip_start, :ip_end, :max,"
-      "  :up_speed, :down_speed, :mac, :gid, :mode_speed, :mod_pwd, :kept_flags) "
-      "ON CONFLICT DO UPDATE SET pwd = excluded.pwd, mem = excluded.mem,"
-      "  ip_start = excluded.ip_start, ip_end = excluded.ip_end, max = excluded.max,"
-      "  up_speed = excluded.up_speed, down_speed = excluded.down_speed, mac = excluded.mac,"
-      "  gid = excluded.gid, mode_speed = excluded.mode_speed, mod_pwd = excluded.mod_pwd,"
-      "  flags = excluded.flags",
-      user, Column{"kept_flags", flags});
-  if (store.number("SELECT count(*) FROM account") > kMaxAccounts) throw Refusal{kTableFull};
+  check_text(text(user.pwd));
+  check_text(text(user.mem));
+  if ((user.flags & kUserFixedIp) != 0) {
+    check_element(V4Range{user.ip_start, user.ip_end});
+  } else {
+    refuse_unless(user.ip_end.value == 0, kBadAddress);
+  }
+  refuse_unless((user.flags & kUserAnyMac) != 0 || is_host_mac(user.mac), kBadMac);
+  refuse_unless((user.flags & (kUserPppoe | kUserWeb | kUserOff)) != 0, kBadType);
+}
+
+// Adding an account again gives it everything anew but its id, its expiry date and its traffic. It is then
+// the one who adds it whose account it is, whoever made it.
+void add(Store& store, const UserRequest& request) {
+  check_account(request);
+  UserRequest user = request;
+  user.flags &= kRequestFlags;
+  user.userid =
+      1 + static_cast<uint32_t>(store.number("SELECT seq FROM sqlite_sequence WHERE name = 'account'"));
+  user.ddate = 0;
+  Statement kept = store.query("SELECT userid, ddate FROM account WHERE name = ?", user.name);
+  if (kept.next()) kept.read(user.userid, user.ddate);
+  store.put("account", user);
+  store.execute("UPDATE account SET lab = min(lab, 1) WHERE name = ?", user.name);
+  refuse_if_full(store, "account", kMaxAccounts);
+  end_sessions(store);
 }
 
 void del(Store& store, const UserRequest& user) {
@@ -52,19 +70,35 @@ void del_all(Store& store, const UserDelAll& filter) {
       filter.type, kServices[filter.type], filter.expired_type);
 }
 
+// What the table keeps of an account beside its record.
+struct AccountFacts {
+  uint8_t locked;
+  uint8_t lab;
+  uint64_t up_bytes;
+  uint64_t down_bytes;
+
+  static constexpr void each_field(auto& r, auto&& field) {
+    field("locked", r.locked), field("lab", r.lab), field("up_bytes", r.up_bytes),
+        field("down_bytes", r.down_bytes);
+  }
+};
+
 // The totals are in KiB: in bytes they would be of no use beyond 4 GiB.
+uint32_t kib(uint64_t bytes) { return static_cast<uint32_t>(std::min<uint64_t>(bytes >> 10, UINT32_MAX)); }
+
 void answer_accounts(Store& store, Order& order, bool only_online) {
+  end_sessions(store);
   Statement row = store.query(
-      "SELECT name, pwd, mem, userid, ip_start, ip_end, ddate, max, up_speed, down_speed, mac, gid,"
-      "  mode_speed, mod_pwd, flags, min(up_bytes / 1024, 0xffffffff) AS zup,"
-      "  min(down_bytes / 1024, 0xffffffff) AS zdown,"
-      "  (SELECT count(*) FROM online WHERE online.userid = account.userid) AS login_num "
+      "SELECT *, (SELECT count(*) FROM session WHERE session.userid = account.userid) AS login_num "
       "FROM account WHERE NOT ? OR login_num > 0 ORDER BY userid",
       only_online);
   ListAnswer<UserEntry> answer(order);
   while (row.next()) {
     UserEntry entry = {};
-    row.read_fields(entry);
+    AccountFacts facts = {};
+    row.read_fields(entry, facts);
+    entry.zup = kib(facts.up_bytes);
+    entry.zdown = kib(facts.down_bytes);
     answer.add(entry);
   }
 }
@@ -74,7 +108,7 @@ void online_list(Store& store, Order& order) { answer_accounts(store, order, tru
 
 void stat(Store& store, UserStat& stat) {
   Statement row = store.query("SELECT up_bytes, down_bytes FROM account WHERE name = ?", stat.name);
-  if (!row.next()) throw Refusal{kUnknownUser};
+  refuse_unless(row.next(), kUnknownUser);
   row.read(stat.up, stat.down);
 }
 
@@ -83,16 +117,16 @@ void name_info(Store& store, const UserNameInfo& request, Order& order) {
   UserNameInfo info = {};
   copy_text(info.name, text(request.name));
   const auto userid = store.number("SELECT userid FROM account WHERE name = ?", info.name);
-  if (userid == 0) throw Refusal{kUnknownUser};
+  refuse_unless(userid != 0, kUnknownUser);
+  end_sessions(store);
   Statement row =
-      store.query("SELECT ip, mac, service FROM online WHERE userid = ? ORDER BY session", userid);
+      store.query("SELECT ip, mac, service FROM session WHERE userid = ? ORDER BY session", userid);
   uint32_t offset = sizeof info;
   while (row.next()) {
     UserNameEntry entry = {};
-    uint32_t ip;
+    Ip4 ip;
     row.read(ip, entry.mac, entry.flags);
-    char ip_text[64];
-    StrToIpaddr(IpToStr(ip_text, htonl(ip)), &entry.ip);
+    entry.ip = ip_address(ip);
     ++info.login_num;
     if (entry.flags == kUserWeb) ++info.web_login_num;
     if (!order.answer(entry, offset)) continue;
@@ -116,7 +150,7 @@ void lock(Store& store, const UserLock& lock) {
   const int changed =
       store.execute("UPDATE account SET locked = ? WHERE ? OR name = ?", lock.lock, lock.all, lock.name);
   if (lock.all == 0) refuse_if_none(changed, kUnknownUser);
-  store.execute("DELETE FROM session WHERE userid IN (SELECT userid FROM account WHERE locked)");
+  end_sessions(store);
 }
 
 // ---- Settings ----
@@ -163,7 +197,7 @@ void ssid(Store& store, UserSsid& ssid) {
 }
 
 // Logging in and out, the lists and the page are the portal's; here are only the tables, which go with the
-// accounts. An expired session counts no more, whether it is still in the table or not.
+// accounts.
 constexpr const char* kSchema[] = {R"(
 CREATE TABLE account (
   userid INTEGER PRIMARY KEY AUTOINCREMENT,
@@ -206,18 +240,44 @@ CREATE TABLE portal_list (
   value TEXT NOT NULL,
   UNIQUE (list, value)
 );
-CREATE TABLE portal (url TEXT NOT NULL))"};
+CREATE TABLE portal (url TEXT NOT NULL))",
+                                   // Sessions last by the clock that no one sets.
+                                   R"(
+DROP VIEW online;
+DROP VIEW IF EXISTS mac_remembered;
+DELETE FROM session WHERE until <= unixepoch();
+CREATE TABLE session_of_step_2 (
+  session INTEGER PRIMARY KEY,
+  userid INTEGER REFERENCES account (userid) ON DELETE CASCADE,  -- null: without an account
+  service INTEGER NOT NULL,               -- the account flag for it
+  ip INTEGER NOT NULL,                    -- 0: not known
+  mac BLOB NOT NULL,                      -- zero: not known
+  since INTEGER NOT NULL DEFAULT (present()),
+  seconds INTEGER NOT NULL,               -- 0: until it is ended
+  up INTEGER NOT NULL,                    -- present rates
+  down INTEGER NOT NULL,
+  send INTEGER NOT NULL,                  -- bytes since the login
+  recv INTEGER NOT NULL,
+  lab INTEGER NOT NULL                    -- 1: put in place by a lab
+);
+INSERT INTO session_of_step_2 (session, userid, service, ip, mac, seconds, up, down, send, recv, lab)
+  SELECT session, userid, service, ip, mac, iif(until = 0x7fffffffffffffff, 0, until - unixepoch()),
+    up, down, send, recv, coalesce((SELECT lab <> 0 FROM account WHERE account.userid = session.userid), 0)
+  FROM session;
+DROP TABLE session;
+ALTER TABLE session_of_step_2 RENAME TO session;
+CREATE INDEX session_account ON session (userid))"};
 
 constexpr Command kCommands[] = {
     {kUserAdd, kWrites, run_as<add>},
     {kUserStat, kReads, run_as<stat>},
     {kUserDel, kWrites, run_as<del>},
     {kUserDelAll, kWrites, run_as<del_all>},
-    {kUserList, kReads, run_as<list>},
-    {kUserOnlineList, kReads, run_as<online_list>},
+    {kUserList, kWrites, run_as<list>},
+    {kUserOnlineList, kWrites, run_as<online_list>},
     {kUserAutoscanSet, kWrites, run_as<autoscan_set>},
     {kUserAutoscanGet, kReads, run_as<autoscan_get>},
-    {kUserNameInfo, kReads, run_as<name_info>},
+    {kUserNameInfo, kWrites, run_as<name_info>},
     {kUserRdDownAll, kWrites, run_as<log_out_all>},
     {kUserDownAll, kWrites, run_as<log_out_all>},
     {kUserJsMod, kWrites, run_as<js_mod>},
@@ -229,3 +289,29 @@ constexpr Command kCommands[] = {
 }  // namespace
 
 const Module kUserModule = {kModuleUser, kCommands, kSchema};
+
+void begin_session(Store& store, const Session& session) {
+  store.execute("DELETE FROM session WHERE (:ip <> 0 AND ip = :ip) OR (:mac <> zeroblob(6) AND mac = :mac)",
+                session);
+  store.execute(
+      "INSERT INTO session (userid, service, ip, mac, seconds, up, down, send, recv, lab) VALUES"
+      "  (nullif(:userid, 0), :service, :ip, :mac, :seconds, :up, :down, :send, :recv, :lab)",
+      session);
+}
+
+void end_sessions(Store& store) {
+  const std::string sql =
+      "DELETE FROM session WHERE (seconds <> 0 AND age(since) >= seconds)"
+      "  OR session IN (SELECT session FROM session AS host JOIN account USING (userid) WHERE " +
+      std::string(kIsClosed) + ")";
+  store.execute(sql.c_str());
+}
+
+uint32_t account_for(Store& store, std::string_view name, uint32_t service, const HostAddress& host) {
+  const std::string sql =
+      "SELECT userid FROM account, (SELECT :service AS service, :ip AS ip, :mac AS mac) AS host"
+      "  WHERE name = :name AND NOT " +
+      std::string(kIsClosed);
+  return static_cast<uint32_t>(
+      store.number(sql.c_str(), host, Column{"service", service}, Column{"name", name}));
+}
