@@ -46,9 +46,11 @@ TEST_F(Arp, RefusesWhatCannotBeBound) {
           {"arp add lan9 1.2.3.4 00:11:22:33:44:55 1 pc", "arp del lan9 1.2.3.4", "arp list lan9",
            "arp addall lan9 1", "arp get lan9", "arp set lan9 1 1.1.1.1 2.2.2.2 1", "arp db_del lan9 1.2.3.4",
            "arp del_mac lan9 00:11:22:33:44:55", "arp search lan9 1.2.3.4 255.0.0.0"});
-  refused("bad address",
+  refused("bad MAC address",
           {"arp add lan0 1.2.3.4 00:00:00:00:00:00 1 pc", "arp add lan0 1.2.3.4 01:00:5e:00:00:01 1 pc"});
-  refused("bad value", {"arp addall lan 0", "arp addall lan 5"});
+  refused("bad address",
+          {"arp add lan0 224.0.0.1 00:11:22:33:44:55 1 pc", "arp add lan0 0.1.2.3 00:11:22:33:44:55 1 pc"});
+  refused("unknown type", {"arp addall lan 0", "arp addall lan 5"});
   shows("arp list all", kHeader);
 }
 
@@ -61,7 +63,7 @@ TEST_F(Arp, KeepsSettings) {
         kHeader + binding("192.168.1.5", "00:11:22:33:44:55", "lan0", "1", "1[0|]", "254.2.2.2"));
   shows("arp disonline_get", " enable:0\n");
   ok({"arp disonline_set 1"});
-  refused("bad value", {"arp disonline_set 2"});
+  refused("switch is neither 0 nor 1", {"arp disonline_set 2"});
   shows("arp disonline_get", " enable:1\n");
 }
 

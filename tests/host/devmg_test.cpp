@@ -35,7 +35,7 @@ TEST_F(Devmg, RefusesUnknownInterfacesAndBadWords) {
   refused("unknown interface",
           {"devmg get lan0", "devmg del lan0", "devmg landev lan0", "devmg wandev lan0",
            "devmg wan_done lan0", "devmg dev_stat lan0", "devmg set lan0 1 vpn 1", "devmg dev_stat ../../x"});
-  refused("bad value", {"devmg add lan0 7"});
+  refused("unknown type", {"devmg add lan0 7"});
   refused("bad name", {"devmg add ../../x 250", "devmg add a/b 250", "devmg add .. 250"});
   shows("devmg list", kHeader);
 }

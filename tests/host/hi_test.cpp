@@ -60,7 +60,7 @@ TEST_F(HostTable, HostsAge) {
   EXPECT_EQ(addresses(vek("hi third_list").out), "10.0.0.3 ");
   EXPECT_NE(vek("hi runinfo").out.find("\nhost_num=2 host_list_num=1 \n"), std::string::npos);
   refused("unknown host", {"hi ct 10.0.0.3"});
-  for (const char* word : {"hi set_ageing 10081", "hi set_ageing3 -1"}) refused("bad value", {word});
+  for (const char* word : {"hi set_ageing 10081", "hi set_ageing3 -1"}) refused("bad time", {word});
   ok({"hi set_ageing"});  // no end
   ok({"hi set_ageing3"});
   EXPECT_EQ(addresses(vek("hi list").out), "10.0.0.2 10.0.0.3 ");

@@ -89,7 +89,7 @@ TEST_F(Mr, RoutesStandInTheOrderOfTheirPriority) {
       "mr lr_add 1 10 1.2.3.4 255.255.255.255 0 0"});
   refused("already there", {"mr lr_add 1 30 1.2.3.4 255.255.255.255 0 0"});
   refused("unknown line", {"mr lr_add 2 1 0 0 10.0.0.0 255.0.0.0", "mr lr_del 2"});
-  refused("bad address", {"mr lr_add 1 1 0 0 10.0.0.0 255.0.255.0"});
+  refused("bad mask", {"mr lr_add 1 1 0 0 10.0.0.0 255.0.255.0"});
   const std::string host =
       "wanid:1  prio:10  src:1.2.3.4  srcmask:255.255.255.255  dst:0.0.0.0  dstmask:0.0.0.0\n";
   shows("mr lr_list",
@@ -107,7 +107,7 @@ TEST_F(Mr, RoutesStandInTheOrderOfTheirPriority) {
 TEST_F(Mr, KeepsTheMode) {
   shows("mr get", "type:1,onlywan:0 onlywan_tcp:0 zn_val:0 ct_rule_name:0\n");
   ok({"mr mode zn 7 9", "mr onlywan 1 0"});
-  refused("bad value", {"mr onlywan 0 2"});
+  refused("switch is neither 0 nor 1", {"mr onlywan 0 2"});
   shows("mr get", "type:4,onlywan:1 onlywan_tcp:0 zn_val:7 ct_rule_name:9\n");
   ok({"mr mode ct 7 0"});
   shows("mr get", "type:2,onlywan:1 onlywan_tcp:0 zn_val:0 ct_rule_name:0\n");
@@ -117,9 +117,11 @@ TEST_F(Mr, RefusesUnknownLinesAndBadValues) {
   refused("unknown line",
           {"mr jh 2 1 1 dhcp 0", "mr flow 2 1", "mr val 2 1 1", "mr dns 2 1 x x", "mr zc_stop 2",
            "mr ipv6 2 1", "mr ipv6_ula 2 fd00::", "mr zc 2 1 1 1 1 1 x x 0 0 x x x"});
-  refused("bad value",
-          {"mr jh 0 2 1 dhcp 0", "mr jh 0 1 1 modem 0", "mr jh 0 1 1 dhcp 2", "mr flow 0 2", "mr val 0 1 2",
-           "mr zc 0 2 1 1 1 1 x x 0 0 x x x", "mr zc 0 1 3 1 1 1 x x 0 0 x x x", "mr ipv6_ula 0 fd00::/129"});
+  refused("switch is neither 0 nor 1", {"mr jh 0 2 1 dhcp 0", "mr jh 0 1 1 dhcp 2", "mr flow 0 2",
+                                        "mr val 0 1 2", "mr zc 0 2 1 1 1 1 x x 0 0 x x x"});
+  refused("unknown type", {"mr jh 0 1 1 modem 0"});
+  refused("unknown mode", {"mr zc 0 1 3 1 1 1 x x 0 0 x x x"});
+  refused("bad mask", {"mr ipv6_ula 0 fd00::/129"});
   refused("bad address", {"mr ipv6_ula 0 ::", "mr ipv6_ula 0 2001:db8::", "mr ipv6_ula 0 what"});
   EXPECT_EQ(list(), "num: 2\n" + kHeader + untouched("0") + untouched("1") + "\n");
 }

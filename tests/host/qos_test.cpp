@@ -35,22 +35,22 @@ TEST_F(Qos, DevicesKeepTheirSettings) {
   EXPECT_EQ(settings(), kNeverSet);
 
   shows("qos noqueue_sp_val set wan0 99 1", "devname wan0 sp_val up 99 down 1\n");
-  refused("bad value", {"qos noqueue_sp_val set wan0 1 100"});
+  refused("number out of range", {"qos noqueue_sp_val set wan0 1 100"});
   shows("qos noqueue_sp_val get wan0", "devname wan0 sp_val up 99 down 1\n");
   shows("qos noqueue_sp_val get lo", "devname lo sp_val up 0 down 0\n");
 
   ok({"qos speed_set wan0 100 200", "devmg del wan0"});
-  refused("unknown device", {"qos get wan0"});
+  refused("unknown interface", {"qos get wan0"});
   ok({"devmg add wan0 0"});
   EXPECT_EQ(settings(), kNeverSet);  // went with the interface
   shows("qos noqueue_sp_val get wan0", "devname wan0 sp_val up 0 down 0\n");
 }
 
 TEST_F(Qos, RefusesUnknownDevicesAndLines) {
-  refused("unknown device",
+  refused("unknown interface",
           {"qos set nowhere off", "qos speed_set nowhere 1 2", "qos get nowhere", "qos get ../lo",
            "qos noqueue_sp_val get nowhere", "qos noqueue_sp_val set nowhere 1 2", "qos noqueue_sp_val get"});
-  EXPECT_EQ(vek("qos state nowhere").err, "err:unknown device \n");
+  EXPECT_EQ(vek("qos state nowhere").err, "err:unknown interface \n");
   refused("unknown line", {"qos single_ct get 1", "qos single_ct set 1 2 3", "qos ws_sp_wan_val get 1",
                            "qos ws_sp_wan_val set 1 2", "qos ws_sp_wan_val get 70000"});
   insert(1, 64, "qos_device SELECT 'x' || i, 0, 1, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0");
@@ -82,7 +82,7 @@ TEST_F(Qos, KeepsGlobalSettings) {
         {"ip_rule_list", "num: 0\n"}}) {
     shows("qos " + words, out);
   }
-  refused("bad value", {"qos ws_sp_wan_val set 1 100", "qos ws_sp_val set 100"});
+  refused("number out of range", {"qos ws_sp_wan_val set 1 100", "qos ws_sp_val set 100"});
   shows("qos ws_sp_val get", "sp_val 50\n");
   shows("qos devinfo",
         "skb_head:0 skb_data:0\ndev_skb[ 0, 0 ]\niface [up,down] devname \n0 [ 0 , 0 ] wan0 \n"

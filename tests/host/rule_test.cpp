@@ -59,7 +59,7 @@ TEST_F(Rule, RoutesAndTheirHits) {
   ok({"rule mroute hit_delall"});
   expect_hits("0", "0");
 
-  refused("bad value", {"rule mroute delall 3"});
+  refused("unknown type", {"rule mroute delall 3"});
   ok({"rule mroute delall 1"});
   shows("rule mroute list", "num:1\n" + voip);
   ok({"rule mroute del voip"});
@@ -73,7 +73,7 @@ TEST_F(Rule, FiltersOfAGroup) {
   const std::string of_2 = "f 5 1 0 drop 2  7,100-120\n";
   ok({"rule filter add f 5 1 0 0 2 7,100-120", "rule filter add f 1 1 1 1 3 8"});
   refused("already there", {"rule filter add f 5 1 0 0 2 9"});
-  refused("bad value", {"rule filter add g 5 1 2 0 2 9"});
+  refused("switch is neither 0 nor 1", {"rule filter add g 5 1 2 0 2 9"});
   shows("rule filter list 2", "num:1" + header + of_2);
   shows("rule filter list 0", "num:2" + header + "f 1 1 1 accept 3  8\n" + of_2);
   ok({"rule filter del f 3"});
@@ -87,7 +87,7 @@ TEST_F(Rule, RefusesRecordsThatAreWrongInThemselves) {
     uint32_t command;
     std::vector<std::pair<size_t, uint16_t>> numbers;  // in the payload
     uint32_t payload = 300;
-    std::string result = "bad value";
+    std::string result = "record does not hold what it says";
   } cases[] = {
       {9, {{120, 1}, {122, 2}, {128, 11}}},
       {9, {{120, 65535}, {128, 65532}, {130, 3}}},  // behind the record's end
@@ -98,7 +98,7 @@ TEST_F(Rule, RefusesRecordsThatAreWrongInThemselves) {
       {39, {{68, 1}, {76, 8}}},
       {13, {{626, 1}, {632, 4}}, 700},
       {20, {{38, 65535}}},
-      {7, {{0, 3}}},
+      {7, {{0, 3}}, 300, "unknown mode"},
       {9, {{126, 32}, {128, 32}, {132 + 12, 1}}, 300, ""},
   };
   for (const auto& c : cases) {
@@ -111,7 +111,7 @@ TEST_F(Rule, RefusesRecordsThatAreWrongInThemselves) {
     EXPECT_EQ(record[8] == 0 ? "" : tvlret_err_str[record[8]], c.result) << &c - cases;
   }
   refused("bad name", {"rule acc add '' 1 3 1 1 2 '' ''"});
-  refused("bad address",
+  refused("bad MAC address",
           {"rule acc add r 1 none 1 1 2 '' '' 4", "rule acc add r 1 01:00:5e:00:00:01 1 1 2 '' '' 4"});
   shows("rule acc list",
         "num:1\nname:r prio:0 log:0 act:accept thd_type:0 thd: user_group: cl_type:0 cl_type_fei:0 f_ip:"

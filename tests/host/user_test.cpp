@@ -56,7 +56,7 @@ TEST_F(Users, AccountsAreKept) {
             listed("carl", "3", "0") + "\n");
   refused("unknown user", {"user del bob", "user stat bob", "user name_info bob", "user lock x 0 bob 1"});
   refused("bad address", {"user add dora pw 1 next 01:00:5e:00:00:01 web 0 memo 1 2 dl 0"});
-  refused("bad name", {"user add a\x01 pw 1 next next web 0 memo 1 2 dl 0"});
+  refused("control character in a text", {"user add a\x01 pw 1 next next web 0 memo 1 2 dl 0"});
 
   sql("UPDATE account SET up_bytes = 5000000000, down_bytes = 1 << 50, ddate = 77 WHERE name = 'alice'");
   shows("user stat alice", "up:4882812K down:1099511627776K \n  ok\n");
@@ -82,7 +82,7 @@ TEST_F(Users, AreDeletedByServiceAndExpiry) {
     for (std::string word; list >> word;) names += word.starts_with("name=") ? word.substr(5) : "";
     EXPECT_EQ(names, left) << words;
   }
-  refused("bad value", {"user delall all 2"});
+  refused("switch is neither 0 nor 1", {"user delall all 2"});
 }
 
 TEST_F(Users, SettingsAreKept) {
@@ -92,7 +92,8 @@ TEST_F(Users, SettingsAreKept) {
   shows("user card set 3 1", "type:3,en:1\n");
   shows("user card get 3", "type:3,en:1\n");
   shows("user card get 4", "type:4,en:0\n");
-  refused("bad value", {"user autoscan 2", "user card set 256 1", "user card set 3 2"});
+  refused("switch is neither 0 nor 1", {"user autoscan 2", "user card set 3 2"});
+  refused("unknown type", {"user card set 256 1"});
   shows("user ssid set 1 2 3 4 5", "assid:1,lssid:2,dssid:3,ussid:4,gssid:5\n");
   shows("user ssid get", "assid:1,lssid:2,dssid:3,ussid:4,gssid:5\n");
 
@@ -102,7 +103,7 @@ TEST_F(Users, SettingsAreKept) {
   EXPECT_EQ(portal("auth get"), json({{"state", "1"}, {"savemac", "1"}, {"time", "600"}, {"loginmax", "5"}}));
   shows("macuser get", "enable:1\ntimeout:0\n");  // the same switch
   ok({"macuser set 0 -1"});
-  refused("bad value", {"macuser set 2 1"});
+  refused("switch is neither 0 nor 1", {"macuser set 2 1"});
   shows("macuser get", "enable:0\ntimeout:18446744073709551615\n");
   EXPECT_EQ(portal("auth get")["savemac"], "0");
 
@@ -183,7 +184,7 @@ TEST_F(Users, LogInOnlyAsTheirAccountsAllow) {
   failed({"login ip 10.0.1.1 60 two"});
   ok({"user lock x 0 two 0"});
   done({"login ip 10.0.1.1 60 two"});
-  refused("bad value", {"user lock x 0 two 2"});
+  refused("switch is neither 0 nor 1", {"user lock x 0 two 2"});
   ok({"user lock x 1 - 1"});
   EXPECT_EQ(portal("getonline all"), json::array());
 }

@@ -50,7 +50,8 @@ void check_binding_count(Store& store) {
 void add(Store& store, const ArpBinding& binding) {
   require_interface(store, text(binding.dev));
   check_type(binding.type);
-  if (binding.ip.value == 0 || !is_host_mac(binding.mac)) throw Refusal{kBadAddress};
+  refuse_unless(is_host_ip(binding.ip), kBadAddress);
+  refuse_unless(is_host_mac(binding.mac), kBadMac);
   store.put("arp_binding", binding, Column{"state", kStateByHand});
   check_binding_count(store);
 }
