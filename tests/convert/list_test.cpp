@@ -22,52 +22,55 @@ std::vector<Number> read_numbers(Read read) {
   return numbers;
 }
 
-std::vector<uint32_t> ip4_ranges(const char* text, int most = 99) {
-  return read_numbers<uint32_t, 2>([&](void* out) { return get_iplist_str_max(out, text, most); });
-}
+using Numbers = std::vector<uint32_t>;
 
-std::vector<std::string> ip6_ranges(const char* text) {
+// The ranges of a list, IPv4 and then IPv6 ones, with a blank in front of each.
+std::string ranges(const char* text, int most = 99) {
+  std::string found;
+  const auto add = [&found](const char* first, const std::string& last) {
+    found += std::string(" ") + first + "-" + last;
+  };
+  char first[64];
+  char last[64];
+  const Numbers ip4 =
+      read_numbers<uint32_t, 2>([&](void* out) { return get_iplist_str_max(out, text, most); });
+  for (size_t i = 0; i < ip4.size(); i += 2) {  // in host byte order
+    add(IpToStr(first, __builtin_bswap32(ip4[i])), IpToStr(last, __builtin_bswap32(ip4[i + 1])));
+  }
   unsigned char room[512];
   const int count = get_ip6list_str(room + 1, text);
-  std::vector<std::string> ends;
-  for (int i = 0; i < 2 * count; ++i) {
-    char end[64];
-    ends.emplace_back(Ip6ToStr(end, room + 1 + 16 * i));
-  }
-  return ends;
+  for (int i = 0; i < count; ++i) add(Ip6ToStr(first, room + 1 + 32 * i), Ip6ToStr(last, room + 17 + 32 * i));
+  return found;
 }
 
-using Ip4 = std::vector<uint32_t>;
-using Ip6 = std::vector<std::string>;
-
 TEST(AddressLists, Items) {
-  EXPECT_EQ(ip4_ranges("10.0.0.1,10.0.0.5-10.0.0.9"), (Ip4{0x0a000001, 0x0a000001, 0x0a000005, 0x0a000009}));
-  EXPECT_EQ(ip4_ranges("10.0.0.77/24,10.0.0.77/255.255.254.0"),
-            (Ip4{0x0a000000, 0x0a0000ff, 0x0a000000, 0x0a0001ff}));
-  EXPECT_EQ(ip4_ranges("1.2.3.4/0,1.2.3.4/32"), (Ip4{0, 0xffffffff, 0x01020304, 0x01020304}));
-  EXPECT_EQ(ip4_ranges("1.2.3.4/0.0.0.0,1.2.3.4/255.255.255.255"),
-            (Ip4{0, 0xffffffff, 0x01020304, 0x01020304}));
-  EXPECT_EQ(ip4_ranges(" 0.0.0.0-0.0.0.0 ,,\t1.2.3.4 - 1.2.3.4,"), (Ip4{0, 0, 0x01020304, 0x01020304}));
-  for (const char* item : {"1.2.3.4/33", "1.2.3.4/255.0.255.0", "1.2.3.4-", "-1.2.3.4", "1.2.3.4/", "x",
-                           "192.168.1.300", "00"}) {
-    EXPECT_EQ(ip4_ranges(item), (Ip4{0xffffffff, 0})) << item;
+  const std::string all6 = "ffff:ffff:ffff:ffff:ffff:ffff:ffff:ffff";
+  for (const auto& [list, wanted] :
+       pairs("10.0.0.1,10.0.0.5-10.0.0.9 ' 10.0.0.1-10.0.0.1 10.0.0.5-10.0.0.9'"
+             " 10.0.0.77/24,10.0.0.77/255.255.254.0 ' 10.0.0.0-10.0.0.255 10.0.0.0-10.0.1.255'"
+             " 1.2.3.4/0,1.2.3.4/32 ' 0.0.0.0-255.255.255.255 1.2.3.4-1.2.3.4'"
+             " 1.2.3.4/0.0.0.0,1.2.3.4/255.255.255.255 ' 0.0.0.0-255.255.255.255 1.2.3.4-1.2.3.4'"
+             " ' 0.0.0.0-0.0.0.0 ,,\t1.2.3.4 - 1.2.3.4,' ' 0.0.0.0-0.0.0.0 1.2.3.4-1.2.3.4'"
+             " 0,9.0.0.1-8.0.0.1 ' 9.0.0.1-8.0.0.1'"
+             " 2001:db8::1,10.0.0.1,::1-::ff ' 10.0.0.1-10.0.0.1 2001:db8::1-2001:db8::1 ::1-::ff'"
+             " 2001:db8:ffff::7/36 ' 2001:db8:f000::-2001:db8:ffff:ffff:ffff:ffff:ffff:ffff'"
+             " fd00::1/128,::/0 ' fd00::1-fd00::1 ::-" +
+             all6 + "' ::2-::1 ' ::2-::1'")) {
+    EXPECT_EQ(ranges(list.c_str()), wanted) << list;
   }
-  EXPECT_EQ(ip4_ranges("0,x,1.2.3.4-::1,9.0.0.1-8.0.0.1, 0 "), (Ip4{0xffffffff, 0, 0x09000001, 0x08000001}));
-  EXPECT_EQ(ip4_ranges("::1,1.1.1.1,fd00::/8", 1), (Ip4{0x01010101, 0x01010101}));
-  EXPECT_EQ(ip4_ranges("1.1.1.1,2.2.2.2,3.3.3.3", 2), (Ip4{0x01010101, 0x01010101, 0xffffffff, 0}));
-  EXPECT_EQ(ip4_ranges("1.1.1.1", 0), Ip4{});
-  EXPECT_EQ(ip4_ranges(nullptr), Ip4{});
-
-  EXPECT_EQ(ip6_ranges("10.0.0.1,2001:db8::1,::1-::ff"), (Ip6{"2001:db8::1", "2001:db8::1", "::1", "::ff"}));
-  EXPECT_EQ(ip6_ranges("2001:db8:ffff::7/36"),
-            (Ip6{"2001:db8:f000::", "2001:db8:ffff:ffff:ffff:ffff:ffff:ffff"}));
-  EXPECT_EQ(ip6_ranges("fd00::1/128,::/0"),
-            (Ip6{"fd00::1", "fd00::1", "::", "ffff:ffff:ffff:ffff:ffff:ffff:ffff:ffff"}));
-  const std::string highest = "ffff:ffff:ffff:ffff:ffff:ffff:ffff:ffff";
-  for (const char* item : {"::/129", "::/255.0.0.0", "1::2::3", "1.2.3.4-::1", "::1-", ":"}) {
-    EXPECT_EQ(ip6_ranges(item), (Ip6{highest, "::"})) << item;
+  // What is not understood stands in the list as a range that ends before it starts.
+  for (const std::string& item :
+       split("1.2.3.4/33 1.2.3.4/255.0.255.0 1.2.3.4- -1.2.3.4 1.2.3.4/ x 192.168.1.300 00")) {
+    EXPECT_EQ(ranges(item.c_str()), " 255.255.255.255-0.0.0.0") << item;
   }
-  EXPECT_EQ(ip6_ranges("x,::2-::1,0"), (Ip6{"::2", "::1"}));
+  for (const std::string& item : split("::/129 ::/255.0.0.0 1::2::3 1.2.3.4-::1 ::1- :")) {
+    EXPECT_EQ(ranges(item.c_str()), " " + all6 + "-::") << item;
+  }
+  EXPECT_EQ(ranges("::1,1.1.1.1,fd00::/8", 1),
+            " 1.1.1.1-1.1.1.1 ::1-::1 fd00::-fdff:ffff:ffff:ffff:ffff:ffff:ffff:ffff");
+  EXPECT_EQ(ranges("1.1.1.1,2.2.2.2,3.3.3.3", 2), " 1.1.1.1-1.1.1.1 255.255.255.255-0.0.0.0");
+  EXPECT_EQ(ranges("1.1.1.1", 0), "");
+  EXPECT_EQ(ranges(nullptr), "");
 
   std::vector<char> room(8 * 65535 + 1, 0x5a);  // counts travel as 16 bits
   EXPECT_EQ(get_iplist_str(room.data(), unfolded("{1.1.1.1,}*70000").c_str()), 65535);
@@ -75,21 +78,20 @@ TEST(AddressLists, Items) {
 }
 
 TEST(NumberLists, RangesIdsAndNumbers) {
-  const std::vector<uint16_t> pairs = {3, 3,     5, 9,     65535, 65535, 65535, 0, 9,
-                                       5, 65535, 0, 65535, 0,     0,     0,     7, 7};
   for (auto* reader : {get_user_group_str, get_typeid_str, get_devlist_str, get_qosthdid_str}) {
-    EXPECT_EQ((read_numbers<uint16_t, 2>(
-                  [&](void* out) { return reader(out, "3, 5-9 ,65535,65536,9-5,-1,a,0,,7-7"); })),
-              pairs);
+    EXPECT_EQ(
+        (read_numbers<uint16_t, 2>(
+            [&](void* out) { return reader(out, "3, 5-9 ,65535,65536,9-5,-1,a,0,,7-7"); })),
+        (std::vector<uint16_t>{3, 3, 5, 9, 65535, 65535, 65535, 0, 9, 5, 65535, 0, 65535, 0, 0, 0, 7, 7}));
   }
   EXPECT_EQ((read_numbers<uint32_t, 2>([](void* out) {
               return get_shibie_ips_str(out, "00010002-0001ffff,10,0xFFFFFFFF,123456789,2-1,0x,g");
             })),
-            (Ip4{0x00010002, 0x0001ffff, 0x10, 0x10, 0xffffffff, 0xffffffff, 0xffffffff, 0, 2, 1, 0xffffffff,
-                 0, 0xffffffff, 0}));
+            (Numbers{0x00010002, 0x0001ffff, 0x10, 0x10, 0xffffffff, 0xffffffff, 0xffffffff, 0, 2, 1,
+                     0xffffffff, 0, 0xffffffff, 0}));
   EXPECT_EQ(
       (read_numbers<uint32_t, 1>([](void* out) { return get_u32_str(out, "1,0x10,4294967296, 5 ,,ff"); })),
-      (Ip4{1, 16, 4294967295, 5, 4294967295}));
+      (Numbers{1, 16, 4294967295, 5, 4294967295}));
 }
 
 TEST(Splitting, KeepsEmptyPiecesAndTheBound) {
@@ -107,18 +109,18 @@ TEST(Splitting, KeepsEmptyPiecesAndTheBound) {
 
 TEST(BitSets, WordsOf64AndTheirEnd) {
   using Words = std::vector<uint64_t>;
-  const uint64_t untouched = 0xeeeeeeeeeeeeeeeeU;
   const auto filled = [](void (*fill)(void*, const char*, int), const char* text) {
-    Words words(3, 0xeeeeeeeeeeeeeeeeU);
+    Words words(3, ~uint64_t{0});
     fill(words.data(), text, 1);
+    EXPECT_EQ(words[2], ~uint64_t{0});
+    words.pop_back();
     return words;
   };
-  EXPECT_EQ(filled(rule_set_bits, "0,3,35,62-65,,127"),
-            (Words{0xc000000800000009U, 0x8000000000000003U, untouched}));
+  EXPECT_EQ(filled(rule_set_bits, "0,3,35,62-65,,127"), (Words{0xc000000800000009U, 0x8000000000000003U}));
   for (const char* nothing : {"", "3,x", "3,127-128", "3,9-8", "3,65536"}) {
-    EXPECT_EQ(filled(rule_set_bits, nothing), (Words{0, 0, untouched})) << nothing;
+    EXPECT_EQ(filled(rule_set_bits, nothing), (Words{0, 0})) << nothing;
   }
-  EXPECT_EQ(filled(wans_set_bits, "0,2,120,123"), (Words{10, 0b1010ULL << (120 - 64), untouched}));
+  EXPECT_EQ(filled(wans_set_bits, "0,2,120,123"), (Words{10, 0b1010ULL << (120 - 64)}));
 }
 
 // ---- Protocols and destination blocks ----
@@ -145,74 +147,46 @@ TEST(Protocols, PrintedAsTheyAreRead) {
   EXPECT_EQ(add_prot(entries, nullptr), 0);
 }
 
-using Block = std::vector<unsigned char>;
-
 // The block that a text becomes; empty when nothing is written.
-Block block_of(const std::string& text) {
-  Block block(70000, 0xee);
-  const int size = get_ipport_str(block.data(), text.c_str());
-  EXPECT_EQ(block[static_cast<size_t>(size)], 0xee);
-  block.resize(static_cast<size_t>(size));
-  return block;
+std::string block_of(const std::string& text, int (*read)(void*, const char*) = get_ipport_str) {
+  std::string block(70000, '#');
+  const auto size = static_cast<size_t>(read(block.data(), text.c_str()));
+  EXPECT_EQ(block[size], '#');
+  return block.substr(0, size);
 }
 
 TEST(DestinationBlock, LayoutOfEverySection) {
-  Block wanted = {3, 1, 1, 2, 7, 1, 0, 0, 1, 0, 1, 0, 1, 0, 0, 7, 0, 0, 0, 0, 0, 0, 0, 10, 255, 255, 255, 10};
-  wanted.push_back(0xfd);  // behind the head and the IPv4 range
-  wanted.resize(44);
-  wanted.push_back(0xfd);
-  wanted.resize(60, 0xff);
-  wanted.insert(wanted.end(), {6, 0, 0, 0, 0, 0, 255, 255, 80, 0, 80, 0});
-  EXPECT_EQ(block_of("not-class=3+ip=10.0.0.0/8,fd00::/8+proto=tcp:80+dns=not-line:2,type:7"), wanted);
-  EXPECT_EQ(block_of("not-dns=any"), (Block{0, 0, 1, 0, 0, 0, 0, 1, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0}));
+  EXPECT_EQ(to_hex(block_of("not-class=3+ip=10.0.0.0/8,fd00::/8+proto=tcp:80+dns=not-line:2,type:7")),
+            unfolded("03010102070100000100010001000007000000000000000affffff0afd{00}*15fd{ff}*15"
+                     "060000000000ffff50005000"));
+  EXPECT_EQ(to_hex(block_of("not-dns=any")), unfolded("0000010000000001{00}*12"));
 
   const std::string text = "not-proto=tcp:1-2:3,udp+ip=1.1.1.1";
-  const Block block = block_of(text);
+  const std::string block = block_of(text);
   ASSERT_EQ(block.size(), 20U + 8 + 24);
   const std::string protocols = printed_protocols(block.data() + 28, 2, 24, 24);
   EXPECT_EQ(protocols, "not-tcp:1-2:3,not-udp,");
   EXPECT_EQ(block_of("ip=1.1.1.1,+proto=" + protocols), block) << "and in another order";
-  Block again(block.size());
-  EXPECT_EQ(get_ipport_str_vek(again.data(), text.c_str()), static_cast<int>(block.size()));
-  EXPECT_EQ(again, block);
+  EXPECT_EQ(block_of(text, get_ipport_str_vek), block);
 }
 
-const Block kNotUnderstoodBlock(20, 0xff);
+const std::string kNotUnderstood(20, '\xff');
 
 TEST(DestinationBlock, BadTextBecomesABlockThatNoTextReadsAs) {
-  EXPECT_EQ(block_of(" "), Block());
-  for (const char* text : {"none",
-                           "not-ip=1.1.1.1",
-                           "ip=9.0.0.1-8.0.0.1",
-                           "ip=0",
-                           "ip",
-                           "ip=,",
-                           "ip=1.1.1.1,x",
-                           "ip=1.1.1.1/33",
-                           "ip=1.1.1.1+",
-                           "+ip=1.1.1.1",
-                           "ip=1.1.1.1++class=1",
-                           "ip=1.1.1.1+ip=2.2.2.2",
-                           "class=256",
-                           "class=",
-                           "class=1,2",
-                           "not-not-class=1",
-                           "not-proto=not-tcp",
-                           "proto=tcp:80,icmp:1",
-                           "dns=",
-                           "dns=line",
-                           "dns=line:256",
-                           "dns=line:1,line:2",
-                           "dns=any,line:1",
-                           "dns=wan:1",
-                           "class=1+proto=bogus",
-                           "CLASS=1"}) {
-    EXPECT_EQ(block_of(text), kNotUnderstoodBlock) << text;
+  EXPECT_EQ(block_of(" "), "");
+  for (const std::string& text :
+       split("none not-ip=1.1.1.1 ip=9.0.0.1-8.0.0.1 ip=0 ip ip=, ip=1.1.1.1,x ip=1.1.1.1/33 ip=1.1.1.1+ "
+             "+ip=1.1.1.1"
+             " ip=1.1.1.1++class=1 ip=1.1.1.1+ip=2.2.2.2 class=256 class= class=1,2 not-not-class=1"
+             " not-proto=not-tcp proto=tcp:80,icmp:1 dns= dns=line dns=line:256 dns=line:1,line:2 "
+             "dns=any,line:1"
+             " dns=wan:1 class=1+proto=bogus CLASS=1")) {
+    EXPECT_EQ(block_of(text), kNotUnderstood) << text;
   }
   EXPECT_EQ(get_ipport_str(nullptr, nullptr), 0);
   const std::string longest = "ip=::1" + unfolded("{,::1}*2046");
   EXPECT_EQ(block_of(longest).size(), 20U + 32 * 2047);
-  EXPECT_EQ(block_of(longest + ",::1"), kNotUnderstoodBlock) << "longer than 16 bits can say";
+  EXPECT_EQ(block_of(longest + ",::1"), kNotUnderstood) << "longer than 16 bits can say";
 }
 
 }  // namespace

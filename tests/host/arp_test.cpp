@@ -68,11 +68,15 @@ TEST_F(Arp, KeepsSettings) {
   shows("arp disonline_get", " enable:1\n");
 }
 
-TEST_F(Arp, HasRoomFor4096Bindings) {
+TEST_F(Arp, HasRoomFor4096BindingsAndAddresses) {
   insert(1, 4096, "arp_binding SELECT 'lan0', 167772160 + i, x'020000000001', 1, '', 1");
   refused("table full", {"arp add lan0 192.168.1.5 00:11:22:33:44:55 1 pc"});
   ok({"arp add lan0 10.0.0.1 00:11:22:33:44:55 1 pc"});
   EXPECT_EQ(std::ranges::count(vek("arp list all").out, '\n'), 4097);
+  insert(1, 4096, "arp_learnt SELECT 'lan0', i, x'020000000001'");
+  ok({"arp search lan0 10.0.0.1 255.0.0.0"});
+  insert(4097, 4097, "arp_learnt SELECT 'lan0', i, x'020000000001'");
+  refused("table full", {"arp search lan0 10.0.0.1 255.0.0.0"});
 }
 
 // Neighbours that can be told apart from this machine's stand in a network of their own.

@@ -1,30 +1,10 @@
 // Orders as a caller of the gateway gives them, and the general services.
-#include <array>
-#include <cstring>
-
 #include "host.h"
-#include "platform/order.h"
+#include "record.h"
 
 namespace {
 
 using Gateway = HostTest;
-
-// A record of 16 header bytes and a payload, with bytes behind it that nobody may touch.
-struct Record {
-  Record(uint32_t module, uint32_t command, uint32_t payload_size) : length(16 + payload_size), bytes{} {
-    const uint32_t header[] = {module, length, 0, command};
-    memcpy(bytes.data(), header, sizeof header);
-    memset(&bytes[length], 0xee, bytes.size() - length);
-  }
-  // Sends it and returns the text of the result, of 0 the empty one.
-  std::string send() {
-    EXPECT_EQ(tesvel_order_opt_fun(bytes.data(), length), 0);
-    for (size_t i = length; i < bytes.size(); ++i) EXPECT_EQ(bytes[i], 0xee) << i;
-    return bytes[8] == 0 ? "" : tvlret_err_str[bytes[8]];
-  }
-  uint32_t length;
-  alignas(8) std::array<uint8_t, 512> bytes;
-};
 
 TEST_F(Gateway, StaysWithinTheRecord) {
   EXPECT_EQ(Record(200, 1, 100).send(), "unknown module");

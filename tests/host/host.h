@@ -25,17 +25,22 @@ class HostTest : public testing::Test {
     return run(argv);
   }
 
-  static void shows(const std::string& words, const std::string& out) {
+  static void shows(const std::string& words, const std::string& out, int status = 0) {
     const RunResult result = vek(words);
     EXPECT_EQ(result.out, out) << words;
     EXPECT_EQ(result.err, "") << words;
-    EXPECT_EQ(result.status, 0) << words;
+    EXPECT_EQ(result.status, status) << words;
   }
   // Begins with this, the rest is no matter.
   static void begins(const std::string& words, const std::string& out) {
     const RunResult result = vek(words);
     EXPECT_EQ(result.out.substr(0, out.size()), out) << words;
     EXPECT_EQ(result.status, 0) << words;
+  }
+  // Each of these stands somewhere in it.
+  static void holds(const std::string& words, std::initializer_list<std::string> texts) {
+    const std::string out = vek(words).out;
+    for (const std::string& text : texts) EXPECT_NE(out.find(text), out.npos) << text << " in " << out;
   }
   // Each of these orders is answered with ok.
   static void ok(std::initializer_list<std::string> orders) {
@@ -48,6 +53,22 @@ class HostTest : public testing::Test {
       EXPECT_EQ(result.err, "err:" + why + " \n") << words;
       EXPECT_EQ(result.status, 3) << words;
     }
+  }
+
+  static long number_behind(const std::string& text, const std::string& word) {
+    const size_t at = text.find(word);
+    return at == text.npos ? -1 : atol(text.c_str() + at + word.size());
+  }
+  // The words of a text that are not those of another, in the same places, each with a blank behind it.
+  static std::string changes(const std::string& before, const std::string& after) {
+    std::istringstream old_words(before);
+    std::istringstream new_words(after);
+    std::string changed;
+    for (std::string was, is; new_words >> is; was.clear()) {
+      old_words >> was;
+      if (is != was) changed += is + " ";
+    }
+    return changed;
   }
 
   // Puts a scenario in place.

@@ -10,29 +10,28 @@
 
 namespace {
 
-// A call with its arguments that answers a number.
-template <typename... Values>
-int call(const char* function, Values... values) {
-  log_call({function, values...});
-  return static_cast<int>(next_answer(function));
-}
+using Text = const char*;
+using Number = uint32_t;
 
-// The same with something to fill in, which is no argument in the log.
+// A call with its arguments that answers a number and fills something in, which is no argument in the log.
 template <typename... Values>
-int fill(const char* function, void* destination, size_t room, Values... values) {
+int fill(Text function, void* destination, size_t room, Values... values) {
   log_call({function, values...});
   return static_cast<int>(next_answer(function, destination, room));
 }
-
-// A text whose number is not 0; null else.
-template <size_t kSize>
-const char* next_text(const char* function, char (&text)[kSize]) {
-  memset(text, 0, kSize);
-  return next_answer(function, text, kSize - 1) == 0 ? nullptr : text;
+template <typename... Values>
+int call(Text function, Values... values) {
+  return fill(function, nullptr, 0, values...);
 }
 
-// The answer of "FUNCTION:KEY", which the next one overwrites.
-const char* text_of_key(const char* function, const char* key) {
+// A text whose number is not 0, which the next one of the function overwrites; null else.
+Text next_text(Text function, char (&text)[1024]) {
+  memset(text, 0, sizeof text);
+  return next_answer(function, text, sizeof text - 1) == 0 ? nullptr : text;
+}
+
+// The answer of "FUNCTION:KEY".
+Text text_of_key(Text function, Text key) {
   log_call({function, key});
   static char value[1024];
   char name[128];
@@ -44,81 +43,71 @@ const char* text_of_key(const char* function, const char* key) {
 
 #pragma GCC visibility push(default)
 
-int ApiLoginByIpName(const char* user, const char* ip, uint32_t timeout) {
-  return call(__func__, user, ip, timeout);
-}
-int ApiLoginByMacName(const char* user, const char* mac, uint32_t timeout) {
-  return call(__func__, user, mac, timeout);
-}
-int ApiLoginByIpAndMacName(const char* user, const char* ip, const char* mac, uint32_t timeout) {
-  return call(__func__, user, ip, mac, timeout);
+int ApiLoginByIpName(Text user, Text ip, Number seconds) { return call(__func__, user, ip, seconds); }
+int ApiLoginByMacName(Text user, Text mac, Number seconds) { return call(__func__, user, mac, seconds); }
+int ApiLoginByIpAndMacName(Text user, Text ip, Text mac, Number seconds) {
+  return call(__func__, user, ip, mac, seconds);
 }
 
-int ApiLogoutByIp(const char* ip) { return call(__func__, ip); }
-int ApiLogoutByMac(const char* mac) { return call(__func__, mac); }
-int ApiIsIpOnline(const char* ip) { return call(__func__, ip); }
-int ApiIsMacOnline(const char* mac) { return call(__func__, mac); }
-int ApiIsIpMacOnline(const char* ip, const char* mac) { return call(__func__, ip, mac); }
+int ApiLogoutByIp(Text ip) { return call(__func__, ip); }
+int ApiLogoutByMac(Text mac) { return call(__func__, mac); }
+int ApiIsIpOnline(Text ip) { return call(__func__, ip); }
+int ApiIsMacOnline(Text mac) { return call(__func__, mac); }
+int ApiIsIpMacOnline(Text ip, Text mac) { return call(__func__, ip, mac); }
 
-int ApiGetOnlineInfoByIp(OnlineInfo* info, const char* ip) { return fill(__func__, info, sizeof *info, ip); }
-int ApiGetOnlineInfoByMac(OnlineInfo* info, const char* mac) {
-  return fill(__func__, info, sizeof *info, mac);
-}
-int ApiGetOnlineInfoByIpAndMac(OnlineInfo* info, const char* ip, const char* mac) {
+int ApiGetOnlineInfoByIp(OnlineInfo* info, Text ip) { return fill(__func__, info, sizeof *info, ip); }
+int ApiGetOnlineInfoByMac(OnlineInfo* info, Text mac) { return fill(__func__, info, sizeof *info, mac); }
+int ApiGetOnlineInfoByIpAndMac(OnlineInfo* info, Text ip, Text mac) {
   return fill(__func__, info, sizeof *info, ip, mac);
 }
-int ApiGetAllOnlineInfo(OnlineInfo* infos, uint32_t room) {
+int ApiGetAllOnlineInfo(OnlineInfo* infos, Number room) {
   return fill(__func__, infos, room * sizeof *infos, room);
 }
 
-#define LIST(Name, Value)                                                                      \
-  int ApiAdd##Name(Value value) { return call(__func__, value); }                              \
-  int ApiDel##Name(Value value) { return call(__func__, value); }                              \
-  int ApiGet##Name(char* buffer, uint32_t room) { return fill(__func__, buffer, room, room); } \
+#define LIST(Name, Value)                                                                    \
+  int ApiAdd##Name(Value value) { return call(__func__, value); }                            \
+  int ApiDel##Name(Value value) { return call(__func__, value); }                            \
+  int ApiGet##Name(char* buffer, Number room) { return fill(__func__, buffer, room, room); } \
   int ApiDelall##Name(void) { return call(__func__); }
-LIST(WhiteMac, const char*)
-LIST(WhiteDomain, const char*)
-LIST(WhiteIp, const char*)
-LIST(WhiteFip, const char*)
-LIST(WhitePort, uint32_t)
-LIST(BlackMac, const char*)
+LIST(WhiteMac, Text)
+LIST(WhiteDomain, Text)
+LIST(WhiteIp, Text)
+LIST(WhiteFip, Text)
+LIST(WhitePort, Number)
+LIST(BlackMac, Text)
 #undef LIST
 
-int ApiGetAuthenticateState(uint32_t* state, uint32_t* savemac, uint32_t* time, uint32_t* loginmax) {
-  uint32_t values[4] = {};
-  const int number = fill(__func__, values, sizeof values);
-  *state = values[0];
-  *savemac = values[1];
-  *time = values[2];
-  *loginmax = values[3];
-  return number;
+int ApiGetAuthenticateState(Number* state, Number* savemac, Number* time, Number* loginmax) {
+  Number values[4] = {};
+  const int returned = fill(__func__, values, sizeof values);
+  *state = values[0], *savemac = values[1], *time = values[2], *loginmax = values[3];
+  return returned;
 }
-int ApiSetAuthenticateState(uint32_t state, uint32_t savemac, uint32_t time, uint32_t loginmax) {
+int ApiSetAuthenticateState(Number state, Number savemac, Number time, Number loginmax) {
   return call(__func__, state, savemac, time, loginmax);
 }
 
-int ApiGetPortal(char* buffer, uint32_t room) { return fill(__func__, buffer, room, room); }
-int ApiSetPortal(const char* url) { return call(__func__, url); }
+int ApiGetPortal(char* buffer, Number room) { return fill(__func__, buffer, room, room); }
+int ApiSetPortal(Text url) { return call(__func__, url); }
 
-const char* nvram_get(const char* key) { return text_of_key(__func__, key); }
-const char* tvl_nv_get_def(const char* key) { return text_of_key(__func__, key); }
-int nvram_set(const char* key, const char* value) { return call(__func__, key, value); }
+Text nvram_get(Text key) { return text_of_key(__func__, key); }
+Text tvl_nv_get_def(Text key) { return text_of_key(__func__, key); }
+int nvram_set(Text key, Text value) { return call(__func__, key, value); }
 int nvram_commit(void) { return call(__func__); }
 
-int vek_get_wan_proto(const char* name) { return call(__func__, name); }
-
-const char* tvl_get_wan_name(uint32_t line) {
+int vek_get_wan_proto(Text name) { return call(__func__, name); }
+Text tvl_get_wan_name(Number line) {
   log_call({__func__, line});
-  static char name[64];
+  static char name[1024];
   return next_text(__func__, name);
 }
-const char* tvl_vpnget(const char* name, uint32_t index) {
+Text tvl_vpnget(Text name, Number index) {
   log_call({__func__, name, index});
-  static char key[64];
+  static char key[1024];
   return next_text(__func__, key);
 }
 
-int snmp_get_mac_by_ipstr(const char* community, const char* peer, const char* ip, void* mac) {
+int snmp_get_mac_by_ipstr(Text community, Text peer, Text ip, void* mac) {
   return fill(__func__, mac, 6, community, peer, ip);
 }
 

@@ -2,7 +2,6 @@
 #include "support/process.h"
 
 #include <fcntl.h>
-#include <poll.h>
 #include <spawn.h>
 #include <sys/wait.h>
 #include <unistd.h>
@@ -11,6 +10,7 @@
 #include <cerrno>
 #include <cstdlib>
 #include <filesystem>
+#include <future>
 #include <iomanip>
 #include <sstream>
 #include <system_error>
@@ -19,26 +19,15 @@ namespace {
 
 [[noreturn]] void fail(const char* what) { throw std::system_error(errno, std::generic_category(), what); }
 
-// Reads both pipes until their writers are gone, so that neither can fill up and block the child.
-void drain(int out_fd, int err_fd, RunResult& result) {
-  std::array<pollfd, 2> fds = {{{out_fd, POLLIN, 0}, {err_fd, POLLIN, 0}}};
-  std::array<std::string*, 2> texts = {&result.out, &result.err};
+// What comes out of a pipe until its writers are gone.
+std::string read_all(int fd) {
+  std::string text;
   std::array<char, 65536> buffer;
-  while (fds[0].fd >= 0 || fds[1].fd >= 0) {
-    if (poll(fds.data(), fds.size(), -1) < 0 && errno != EINTR) fail("poll");
-    for (size_t i = 0; i < fds.size(); ++i) {
-      if (fds[i].fd < 0 || fds[i].revents == 0) continue;
-      const ssize_t got = read(fds[i].fd, buffer.data(), buffer.size());
-      if (got > 0) {
-        texts[i]->append(buffer.data(), static_cast<size_t>(got));
-      } else if (got == 0) {
-        close(fds[i].fd);
-        fds[i].fd = -1;
-      } else if (errno != EINTR) {
-        fail("read");
-      }
-    }
+  for (ssize_t got; (got = read(fd, buffer.data(), buffer.size())) > 0;) {
+    text.append(buffer.data(), static_cast<size_t>(got));
   }
+  close(fd);
+  return text;
 }
 
 }  // namespace
@@ -67,8 +56,11 @@ RunResult run(const std::vector<std::string>& argv, const std::vector<std::strin
   close(err[1]);
   if (error != 0) throw std::system_error(error, std::generic_category(), argv[0]);
 
+  // Both at once, so that neither can fill up and block the child.
+  std::future<std::string> err_text = std::async(std::launch::async, read_all, err[0]);
   RunResult result;
-  drain(out[0], err[0], result);
+  result.out = read_all(out[0]);
+  result.err = err_text.get();
   int status = 0;
   if (waitpid(child, &status, 0) != child) fail("waitpid");
   result.status = WIFEXITED(status) ? WEXITSTATUS(status) : 128 + WTERMSIG(status);
@@ -100,6 +92,14 @@ std::string unfolded(std::string text) {
     text.replace(open, close + 2 + digits - open, all);
   }
   return text;
+}
+
+std::string to_hex(std::string_view bytes) {
+  std::string digits;
+  for (const char byte : bytes) {
+    for (const int shift : {4, 0}) digits += "0123456789abcdef"[(static_cast<uint8_t>(byte) >> shift) & 15];
+  }
+  return digits;
 }
 
 TempFolder::TempFolder() {

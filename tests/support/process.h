@@ -2,6 +2,7 @@
 #pragma once
 
 #include <string>
+#include <string_view>
 #include <utility>
 #include <vector>
 
@@ -22,6 +23,9 @@ std::vector<std::pair<std::string, std::string>> pairs(const std::string& words)
 
 // "{ab}*3" is "ababab", wherever it stands in the text.
 std::string unfolded(std::string text);
+
+// Each byte in two digits.
+std::string to_hex(std::string_view bytes);
 
 // A folder of its own under the system's temporary folder, removed with all in it at the end.
 class TempFolder {

@@ -7,20 +7,8 @@
 #include <cstdlib>
 #include <cstring>
 #include <fstream>
-#include <sstream>
-#include <stdexcept>
 
 namespace {
-
-constexpr size_t kHeaderSize = 16;
-
-std::string to_hex(const std::string& bytes) {
-  std::string hex;
-  for (const char byte : bytes) {
-    for (const int shift : {4, 0}) hex += "0123456789abcdef"[(static_cast<uint8_t>(byte) >> shift) & 15];
-  }
-  return hex;
-}
 
 std::string from_hex(const std::string& digits) {
   std::string bytes;
@@ -34,34 +22,17 @@ std::string value_of(const std::string& kind, const std::string& text) {
   if (kind == "text") return text;
   if (kind == "hex") return from_hex(text);
   std::string bytes(8, '\0');
-  if (kind == "ip") {  // network byte order
-    if (inet_pton(AF_INET, text.c_str(), bytes.data()) == 1) return bytes.substr(0, 4);
-  } else if (kind == "u8" || kind == "u16" || kind == "u32" || kind == "u64") {
-    const uint64_t number = std::stoull(text, nullptr, 0);
-    memcpy(bytes.data(), &number, 8);
-    return bytes.substr(0, std::stoul(kind.substr(1)) / 8);
-  }
-  throw std::invalid_argument(kind + " " + text);
+  if (inet_pton(AF_INET, text.c_str(), bytes.data()) == 1) return bytes.substr(0, 4);  // network byte order
+  const uint64_t number = std::stoull(text, nullptr, 0);
+  memcpy(bytes.data(), &number, 8);
+  return bytes.substr(0, std::stoul(kind.substr(1)) / 8);
 }
 
 void write_answer(std::ofstream& script, const Given& given) {
-  script << "order\nreturn " << given.returned << "\nresult " << given.result << "\n";
-  if (!given.header.empty()) script << "put 0 " << to_hex(bytes_of(given.header)) << "\n";
-  if (!given.answer.empty()) script << "put " << kHeaderSize << " " << to_hex(bytes_of(given.answer)) << "\n";
-}
-
-Order read_order(const std::string& line) {
-  const std::vector<std::string> fields = split(line);
-  Order order;
-  order.route.length = static_cast<uint32_t>(std::stoul(fields[1]));
-  std::string record = from_hex(fields.at(2));
-  if (record.size() < kHeaderSize) record.resize(kHeaderSize);
-  memcpy(&order.route.module, record.data(), 4);
-  memcpy(&order.header_length, record.data() + 4, 4);
-  memcpy(&order.result, record.data() + 8, 4);
-  memcpy(&order.route.command, record.data() + 12, 4);
-  order.payload = record.substr(kHeaderSize);
-  return order;
+  script << "order " << given.returned << " 8 " << to_hex(bytes_of("0:u32 " + std::to_string(given.result)));
+  if (!given.header.empty()) script << " 0 " << to_hex(bytes_of(given.header));
+  if (!given.answer.empty()) script << " 16 " << to_hex(bytes_of(given.answer));
+  script << "\n";
 }
 
 std::string setting(const char* name, const char* otherwise) {
@@ -72,7 +43,7 @@ std::string setting(const char* name, const char* otherwise) {
 }  // namespace
 
 std::string bytes_of(const std::string& payload) {
-  constexpr const char* kKinds[] = {"text", "hex", "ip", "u8", "u16", "u32", "u64"};
+  const std::string kinds = " text hex ip u8 u16 u32 u64 ";
   std::string bytes;
   std::string kind;
   size_t base = 0;
@@ -81,7 +52,7 @@ std::string bytes_of(const std::string& payload) {
     const std::string behind = word.substr(word.find(':') + 1);
     if (word[0] == '+') {
       base = std::stoul(word);
-    } else if (std::ranges::find(kKinds, behind) != std::end(kKinds)) {
+    } else if (kinds.find(" " + behind + " ") != kinds.npos) {
       place = base + std::stoul(word);
       kind = behind;
     } else {
@@ -101,12 +72,10 @@ std::string list_of(size_t size, const std::vector<std::string>& entries) {
 }
 
 std::string answer(const std::string& function, long returned, const std::string& payload) {
-  return "answer " + function + " " + std::to_string(returned) + " " + to_hex(bytes_of(payload)) + "\n";
+  return function + " " + std::to_string(returned) + " 0 " + to_hex(bytes_of(payload)) + "\n";
 }
 
 std::string vek_path() { return setting("VEK_TEST_BINARY", VEK_BINARY); }
-
-size_t lines_of(const std::string& text) { return static_cast<size_t>(std::ranges::count(text, '\n')); }
 
 Outcome vek(const std::string& words, const Given& given) {
   const TempFolder folder;
@@ -128,26 +97,22 @@ Outcome vek(const std::string& words, const Given& given) {
   static_cast<RunResult&>(outcome) = run(argv, env);
   std::ifstream log(folder.file("log"));
   for (std::string line; std::getline(log, line);) {
-    if (line.starts_with("order ")) {
-      outcome.orders.push_back(read_order(line));
-    } else {
-      outcome.calls.push_back(line);
-    }
+    const bool is_order = line.starts_with("order ");
+    (is_order ? outcome.orders : outcome.calls).push_back(is_order ? line.substr(6) : line);
   }
   return outcome;
 }
 
-void expect_order(const Outcome& outcome, const Route& route, const std::string& payload) {
-  ASSERT_EQ(outcome.orders.size(), 1u);
-  const Order& order = outcome.orders[0];
-  EXPECT_EQ(order.route.module, route.module);
-  EXPECT_EQ(order.route.command, route.command);
-  EXPECT_EQ(order.route.length, route.length);
-  EXPECT_EQ(order.header_length, route.length);
-  EXPECT_EQ(order.result, 0u);
-  std::string wanted = bytes_of(payload);
-  wanted.resize(wanted.find_last_not_of('\0') + 1);
-  EXPECT_EQ(to_hex(order.payload), to_hex(wanted));
+void expect_orders(const Outcome& outcome, const std::vector<std::pair<Route, std::string>>& all_wanted) {
+  ASSERT_EQ(outcome.orders.size(), all_wanted.size());
+  for (size_t i = 0; i < all_wanted.size(); ++i) {
+    const auto& [route, payload] = all_wanted[i];
+    const uint32_t header[] = {route.module, route.length, 0, route.command};
+    std::string record(reinterpret_cast<const char*>(header), sizeof header);
+    record += bytes_of(payload);
+    record.resize(record.find_last_not_of('\0') + 1);
+    EXPECT_EQ(outcome.orders[i], std::to_string(route.length) + " " + to_hex(record));
+  }
 }
 
 void expect_end(const Outcome& outcome, int status, const std::string& out, const std::string& err) {
@@ -167,6 +132,13 @@ void shows(const std::string& words, const Route& route, const std::string& payl
   const Outcome outcome = vek(words, {.answer = answer});
   expect_order(outcome, route, payload);
   expect_end(outcome, 0, out);
+}
+
+void expect_lines(const std::string& words, const std::string& answer, size_t lines) {
+  SCOPED_TRACE(words + " " + answer);
+  const Outcome outcome = vek(words, {.answer = answer, .header = "4:u32 -1"});
+  expect_end(outcome, 0, outcome.out);
+  EXPECT_EQ(static_cast<size_t>(std::ranges::count(outcome.out, '\n')), lines);
 }
 
 void rejects(const std::string& usage, std::initializer_list<std::string> all_words,

@@ -38,16 +38,9 @@ struct Route {
   uint32_t length = 1040;  // of the record
 };
 
-struct Order {
-  Route route;
-  uint32_t header_length = 0;
-  uint32_t result = 0;
-  std::string payload;  // up to its last byte that is not zero
-};
-
 struct Outcome : RunResult {
-  std::vector<Order> orders;
-  std::vector<std::string> calls;  // of the other platform functions
+  std::vector<std::string> orders;  // the record's length, and its bytes up to the last that is not zero
+  std::vector<std::string> calls;   // of the other platform functions
 };
 
 Outcome vek(const std::string& words, const Given& given = {});
@@ -55,8 +48,11 @@ Outcome vek(const std::string& words, const Given& given = {});
 // A line of the script: what the next call of a platform function returns and fills in.
 std::string answer(const std::string& function, long returned, const std::string& payload = "");
 
-// The run sent one order, with this payload and nothing else, wrote this and left with this status.
-void expect_order(const Outcome& outcome, const Route& route, const std::string& payload);
+// The run sent orders with these payloads and nothing else, wrote this and left with this status.
+void expect_orders(const Outcome& outcome, const std::vector<std::pair<Route, std::string>>& all_wanted);
+inline void expect_order(const Outcome& outcome, const Route& route, const std::string& payload) {
+  expect_orders(outcome, {{route, payload}});
+}
 void expect_end(const Outcome& outcome, int status, const std::string& out, const std::string& err = "");
 // It sent none.
 void expect_unsent(const Outcome& outcome, int status, const std::string& out, const std::string& err = "");
@@ -68,11 +64,12 @@ inline void sends(const std::string& words, const Route& route, const std::strin
   shows(words, route, payload, "", "ok\n");
 }
 
+// How many lines are shown of an answer when the kernel has written over the header's length.
+void expect_lines(const std::string& words, const std::string& answer, size_t lines);
+
 // What the runner writes when the words are no good; nothing is sent.
 void rejects(const std::string& usage, std::initializer_list<std::string> all_words,
              const std::string& before = "");
 
 // The path of vek as it shows in reports.
 std::string vek_path();
-
-size_t lines_of(const std::string& text);

@@ -19,7 +19,7 @@ TEST(Mr, Balancing) {
   const std::string line = "1:u8 1 4:u8 3 6:u8 2 8:u16 258 72:u32 70000";
   for (const std::string count : {"", "70001"}) {
     const Outcome outcome =
-        vek("mr jh 258 1 70000 pppoe 2 " + count, {.script = "answer vek_get_wan_proto 3\n"});
+        vek("mr jh 258 1 70000 pppoe 2 " + count, {.script = answer("vek_get_wan_proto", 3)});
     EXPECT_EQ(outcome.calls, std::vector<std::string>{"vek_get_wan_proto pppoe"});
     expect_order(outcome, {10, 1}, line + (count.empty() ? "" : " 76:u32 " + count));
     expect_end(outcome, 0, "ok\n");

@@ -1,4 +1,6 @@
 // qos, the engine's control: what it sends and what it prints.
+#include <algorithm>
+
 #include "tool/driver.h"
 
 namespace {
@@ -122,14 +124,15 @@ TEST(Qos, Buffers) {
            "ipaddr ct_skb[ ]  hi_skb[ ] hi_udp_skb[ ][dev_prio,hi_prio] is_udp ct_err[ ] hi_err[ ] \n" +
            check + "01020304" + host_line + "ff000001" + host_line;
   };
-  const std::string name = "answer tvl_get_wan_name 1 70707030\n";
+  const std::string name = answer("tvl_get_wan_name", 1, "0:text ppp0");
   const Outcome outcome = vek("qos skb 120", {.answer = report("156 198"), .script = name});
   EXPECT_EQ(outcome.calls, std::vector<std::string>{"tvl_get_wan_name 120"});
   expect_order(outcome, {14, 26, 204816}, "0:text ppp0");
   expect_end(outcome, 0, expected("156, 198", ""));
   expect_end(vek("qos skb 0", {.answer = report("157 0"), .script = name}), 0,
              expected("157, 0", "ct_up_zong:156  so->skb_num[0]=157\nct_down_zong:198 so->skb_num[1]=0\n"));
-  EXPECT_EQ(lines_of(vek("qos skb 0", {.answer = "42:u16 -1", .script = name}).out), 4 + (204800 - 44) / 36);
+  EXPECT_EQ(std::ranges::count(vek("qos skb 0", {.answer = "42:u16 -1", .script = name}).out, '\n'),
+            4 + (204800 - 44) / 36);
 
   const Outcome link = vek("qos skb 121", {.script = answer("tvl_vpnget", 1, "0:text key") +
                                                      answer("nvram_get:key", 1, "0:text a-very-long-name")});
@@ -137,7 +140,7 @@ TEST(Qos, Buffers) {
   expect_order(link, {14, 26, 204816}, "0:text a-very-long-nam");
   rejects("waniface", {"qos skb"});
   rejects("waniface", {"qos skb 5", "qos skb 4294967295"}, "not iface name\n");
-  const Outcome nameless = vek("qos skb 5", {.script = "answer tvl_get_wan_name 1\n"});
+  const Outcome nameless = vek("qos skb 5", {.script = answer("tvl_get_wan_name", 1)});
   EXPECT_TRUE(nameless.orders.empty());
   EXPECT_EQ(nameless.out, "not iface name\ngo to help\n");
 
@@ -145,18 +148,11 @@ TEST(Qos, Buffers) {
         "0:u32 1 2 3 4 16:hex ffff0200 +20 0:text sixteen-letters! 16:u32 7 8 -1 +48 0:text ppp1",
         "skb_head:3 skb_data:4\ndev_skb[ 1, 2 ]\niface [up,down] devname \n"
         "7 [ 8 , -1 ] sixteen-letters! \n0 [ 0 , 0 ] ppp1 \nend \n");
-  EXPECT_EQ(lines_of(vek("qos devinfo", {.answer = "18:u16 -1"}).out), 4 + (204800 - 20) / 28);
+  expect_lines("qos devinfo", "18:u16 -1", 4 + (204800 - 20) / 28);
   shows("qos ip_rule_list", {14, 33, 102416}, "",
         list_of(36, {"0:u32 4 4:ip 1.2.3.4 20:u32 20 4000000024 28 32", "0:u32 6 4:hex fd{00}*14 01"}),
         "num: 2\nip:1.2.3.4 up:20KB down:4000000024KB max_up:28 max_down:32\n"
         "ip:fd00::1 up:0KB down:0KB max_up:0 max_down:0\n");
-}
-
-// A word that only the usage knows.
-TEST(Qos, UnknownSubCommands) {
-  const Outcome outcome = vek("qos speed_coeff");
-  expect_unsent(outcome, 1, "", outcome.err);
-  EXPECT_TRUE(outcome.err.starts_with(" qos\tset get state "));
 }
 
 }  // namespace

@@ -81,15 +81,12 @@ TEST(Rule, NamesAndSwitches) {
 }
 
 TEST(Rule, UnknownWords) {
-  expect_unsent(vek("rule"), 1, "", " rule\tacc mroute  filter whitelist\n");
   expect_unsent(vek("rule ac list"), 1, "");
-  for (const auto& [family, usage] :
-       {std::pair<std::string, std::string>("acc", "vek rule acc add/del/list/defset/defget\n"),
-        {"whitelist", "vek rule whitelist add/del/list\n"},
-        {"mroute", "vek rule mroute add/del/list/hit/hit_del/hit_delall\n"},
-        {"filter", " vek rule filter add/del/list \n"}}) {
-    expect_unsent(vek("rule " + family), 1, "", usage);
-    expect_unsent(vek("rule " + family + " LIST"), 1, "", usage);
+  for (const std::string word : {"", " LIST"}) {
+    expect_unsent(vek("rule acc" + word), 1, "", "vek rule acc add/del/list/defset/defget\n");
+    expect_unsent(vek("rule whitelist" + word), 1, "", "vek rule whitelist add/del/list\n");
+    expect_unsent(vek("rule mroute" + word), 1, "", "vek rule mroute add/del/list/hit/hit_del/hit_delall\n");
+    expect_unsent(vek("rule filter" + word), 1, "", " vek rule filter add/del/list \n");
   }
 }
 
@@ -137,35 +134,38 @@ TEST(Rule, TooFewWordsAndFailedGateways) {
   expect_end(vek("rule acc list", {.result = 3}), 3, "", "err:no such entry \n");
 }
 
-// What the lists of each rule add up to when the record is full, and when it would be more than full.
+// The bytes of a rule's lists with so many of # that they fill the record; one more is too many.
 TEST(Rule, ListsThatDoNotFit) {
   const struct {
-    std::string fits, too_long, text, bytes;
+    std::string words;
+    int most;
+    std::string text, bytes;
   } cases[] = {
-      {"rule acc add r 1 '' 1 0 0 {7,}*2523 ''", "rule acc add r 1 '' 1 0 0 {7,}*2524 ''", kAccAdd,
+      {"rule acc add r 1 '' 1 0 0 {7,}*# ''", 2523, kAccAdd, "128:u32 10092"},
+      {"rule acc add r 1 {1,}*# 1 0 0 2 ''", 2522, kAccAdd, "128:u32 10092"},
+      {"rule acc add r 1 {1.2.3.4,}*#::1>1 1 0 0 7 ''", 1257, kAccAdd, "128:u32 10092"},
+      {"rule acc add r 1 '' 1 0 0 '' ip={1.2.3.4,}*#", 1259, kAccAdd, "128:u32 10092"},
+      {"rule acc add r 1 '' 1 0 0 '' class=1+proto={tcp:1:2,}*#", 839, kAccAdd, "128:u32 10088"},
+      {"rule acc add r 1 '' 1 0 0 {7,}*# not-class=1+dns=line:1,type:2", 2518, kAccAdd, "128:u32 10092"},
+      {"rule acc add r 1 '' 1 0 0 {7,}*# ip=1.1.1.1,,fd00::1,+not-proto=tcp:1:2,udp,", 2502, kAccAdd,
        "128:u32 10092"},
-      {"rule acc add r 1 {1,}*2523 1 0 0 '' ''", "rule acc add r 1 {1,}*2523 1 0 0 2 ''", kAccAdd,
-       "128:u32 10092"},
-      {"rule acc add r 1 {1.2.3.4,}*1257::1>1 1 0 0 7 ''", "rule acc add r 1 {1.2.3.4,}*1258::1>1 1 0 0 7 ''",
-       kAccAdd, "128:u32 10092"},
-      {"rule acc add r 1 '' 1 0 0 '' ip={1.2.3.4,}*1259", "rule acc add r 1 '' 1 0 0 7 ip={1.2.3.4,}*1259",
-       kAccAdd, "128:u32 10092"},
-      {"rule acc add r 1 '' 1 0 0 '' class=1+proto={tcp:1:2,}*839",
-       "rule acc add r 1 '' 1 0 0 '' class=1+proto={tcp:1:2,}*840", kAccAdd, "128:u32 10088"},
-      {"rule whitelist add w {::1,}*317 ''", "rule whitelist add w {::1,}*318 ''", kWhiteAdd, "76:u32 10144"},
-      {"rule mroute add m '' 0 0 '' 0 7 {1,}*2478 '' 0", "rule mroute add m '' 0 0 '' 0 7,8 {1,}*2478 '' 0",
-       kMrouteAdd, "632:u32 19828"},
-      {"rule filter add f 0 0 0 1 1 {7,}*2546", "rule filter add f 0 0 0 1 1 {7,}*2547", kFilterAdd,
-       "38:u16 2546"},
+      {"rule acc add r 1 '' 1 0 0 {7,}*# proto=icmp+not-ip=::1,::2", 2499, kAccAdd, "128:u32 10092"},
+      {"rule whitelist add w {::1,}*# ''", 317, kWhiteAdd, "76:u32 10144"},
+      {"rule mroute add m '' 0 0 '' 0 7 {1,}*# '' 0", 2478, kMrouteAdd, "632:u32 19828"},
+      {"rule filter add f 0 0 0 1 1 {7,}*#", 2546, kFilterAdd, "38:u16 2546"},
   };
   for (const auto& c : cases) {
-    SCOPED_TRACE(c.fits);
-    const Outcome sent = vek(c.fits);
+    SCOPED_TRACE(c.words);
+    const auto with = [&c](int count) {
+      return std::string(c.words).replace(c.words.find('#'), 1, std::to_string(count));
+    };
+    const Outcome sent = vek(with(c.most));
     expect_end(sent, 0, "ok\n");
     ASSERT_EQ(sent.orders.size(), 1U);
     const size_t place = std::stoul(c.bytes);
-    EXPECT_EQ(sent.orders[0].payload.substr(place, 2), bytes_of(c.bytes).substr(place, 2));
-    expect_unsent(vek(c.too_long), 1, "", report(c.too_long, c.text, "para is too long!"));
+    EXPECT_EQ(split(sent.orders[0])[1].substr(2 * (16 + place), 4),
+              to_hex(bytes_of(c.bytes)).substr(2 * place, 4));
+    expect_unsent(vek(with(c.most + 1)), 1, "", report(with(1), c.text, "para is too long!"));
   }
 }
 
@@ -216,25 +216,21 @@ TEST(Rule, RouteAndFilterLists) {
 
 // Counts that claim more than the record holds end the list, and the record that made the claim is the last.
 TEST(Rule, ListsEndWithTheRecord) {
-  const auto lines = [](const std::string& family, const std::string& payload) {
-    const Outcome outcome =
-        vek("rule " + family + " list 1", {.answer = "4:u32 0x7FFFFFFF +8 " + payload, .header = "4:u32 -1"});
-    expect_end(outcome, 0, outcome.out);
-    return lines_of(outcome.out);
+  const auto lines = [](const std::string& family, const std::string& payload, size_t count) {
+    expect_lines("rule " + family + " list 1", "4:u32 0x7FFFFFFF +8 " + payload, count);
   };
   constexpr size_t kRoom = 102400 - 16 - 8;
-  EXPECT_EQ(lines("acc", ""), 1 + kRoom / 132);
-  EXPECT_EQ(lines("filter", ""), 2 + kRoom / 40);
-  EXPECT_EQ(lines("mroute", ""), 1 + kRoom / 636);
-  for (const char* count : {"120:u16 -1", "122:u16 -1", "124:u16 -1"}) {
-    EXPECT_EQ(lines("acc", std::string("104:u8 1 ") + count), 2u);
+  lines("acc", "", 1 + kRoom / 132);
+  lines("filter", "", 2 + kRoom / 40);
+  lines("mroute", "", 1 + kRoom / 636);
+  for (const std::string place : {"120", "122", "124"}) lines("acc", "104:u8 1 " + place + ":u16 -1", 2);
+  for (const std::string place : {"140", "142", "144"}) {
+    lines("acc", "104:u8 1 126:u16 1 " + place + ":u16 -1", 2);
   }
-  for (const char* count : {"140:u16 -1", "142:u16 -1", "144:u16 -1"}) {
-    EXPECT_EQ(lines("acc", std::string("104:u8 1 126:u16 1 ") + count), 2u);
-  }
-  EXPECT_EQ(lines("acc", "104:u8 1 126:u16 1 120:u16 " + std::to_string((kRoom - 132 - 8) / 4)), 2u);
-  EXPECT_EQ(lines("mroute", "626:u16 -1"), 2u);
-  EXPECT_EQ(lines("filter", "38:u16 -1"), 3u);
+  lines("acc", "104:u8 1 126:u16 1 120:u16 " + std::to_string((kRoom - 132 - 8) / 4), 2);
+  lines("acc", "120:u16 25528 +102252 0:text last", 3);  // it ends where the record does
+  lines("mroute", "626:u16 -1", 2);
+  lines("filter", "38:u16 -1", 3);
   // The 20 bytes that the IPv6 ranges leave over are no destination block.
   const std::string leftover =
       "4:u32 1 +8 104:u8 1 120:u16 4 124:u16 -1 1 +" + std::to_string(8 + kRoom - 20) + " 0:u8 3";

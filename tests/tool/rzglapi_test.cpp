@@ -87,21 +87,17 @@ TEST(Rzglapi, UsageLines) {
 
   const std::string white = "vek rzglapi white ";
   complains(white + "mac/domain/ip/fip/port add/del/get/delall", {"white mac", "white url get"});
+  for (const auto& [list, value] : pairs("mac macstr domain domain ip ipstr fip ipstr port port")) {
+    complains(white + list + " add/del/get/delall " + value,
+              {"white " + list + " add", "white " + list + " del"});
+    complains(white + (list == "ip" ? "domain" : list) + " add/del/get/delall", {"white " + list + " ADD 1"});
+  }
   complains(white + "mac add macstr", {"white mac add zz"});
-  complains(white + "mac add/del/get/delall macstr", {"white mac add"});
-  complains(white + "domain add/del/get/delall domain", {"white domain del"});
-  complains(white + "ip add/del/get/delall ipstr", {"white ip add"});
-  complains(white + "fip add/del/get/delall ipstr", {"white fip del"});
-  complains(white + "port add/del/get/delall port", {"white port add"});
-  complains(white + "mac add/del/get/delall", {"white mac foo"});
-  complains(white + "domain add/del/get/delall", {"white domain foo", "white ip foo"});
-  complains(white + "fip add/del/get/delall", {"white fip foo"});
-  complains(white + "port add/del/get/delall", {"white port ADD 1"});
-  for (const std::string op : {"add", "del"}) {
-    complains(white + "ip " + op + " ipstr", {"white ip " + op + " 0.0.0.0"});
-    complains(white + "fip " + op + " ipstr", {"white fip " + op + " x"});
-    complains(white + "port " + op + " ipstr", {"white port " + op + " 0"});
-    complains("vek rzglapi black mac " + op + " macstr", {"black mac " + op + " zz"});
+  for (const std::string op : {" add", " del"}) {
+    for (const std::string list : {"ip", "fip", "port"}) {
+      complains(white + list + op + " ipstr", {"white " + list + op + " 0"});
+    }
+    complains("vek rzglapi black mac" + op + " macstr", {"black mac" + op + " zz"});
   }
   complains("vek rzglapi black mac add/del/get/delall",
             {"black", "black ip get", "black mac foo", "black mac add"});
