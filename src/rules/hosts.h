@@ -33,9 +33,9 @@ void print_hosts(AnswerCursor& answer, const Rule& rule) {
   }
 }
 
-// The rules of a list, each by its print_rule(AnswerCursor&, const Rule&).
+// The rules of a list, each by the function, which reads on in the answer for what follows the rule.
 template <typename Rule>
-void print_rules(const Answer& answer) {
+void print_rules(const Answer& answer, void (*print_rule)(AnswerCursor&, const Rule&)) {
   AnswerCursor cursor(answer, kListEntriesOffset);
   Rule rule;
   for (int32_t left = answer.get<int32_t>(kListCountOffset); left > 0 && cursor.read(rule); --left) {

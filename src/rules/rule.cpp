@@ -202,13 +202,13 @@ void print_count(const Answer& answer) { print("num:%d\n", answer.get<int32_t>(k
 template <typename Rule>
 void print_list(const Answer& answer) {
   print_count(answer);
-  print_rules<Rule>(answer);
+  print_rules<Rule>(answer, print_rule);
 }
 
 void print_filter_list(const Answer& answer) {
   print_count(answer);
   print(" name prio hi_type log act gid  shibie_ids\n");
-  print_rules<FilterRule>(answer);
+  print_rules<FilterRule>(answer, print_rule);
 }
 
 void print_hits(const Answer& answer) {

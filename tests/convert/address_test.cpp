@@ -166,13 +166,12 @@ TEST(ByteStrings, Base64) {
   const auto decoded = [](const char* text, size_t length) {
     char out[8] = "#######";
     const int count = base64_decode2(text, out, static_cast<int>(length), 6);
-    EXPECT_EQ(static_cast<size_t>(std::max(count, 0)), strcspn(out, "#")) << text;
-    return count < 0 ? "refused" : std::string(out, strcspn(out, "#"));
+    EXPECT_EQ(static_cast<size_t>(count), strcspn(out, "#")) << text;
+    return std::string(out, strcspn(out, "#"));
   };
   for (const auto& [text, bytes] :
        pairs("Zm9vYmFy foobar Zm9vYg== foob Zm9vYmE= fooba Zm9vYg foob +/+/ \xfb\xff\xbf"
-             " Zm9vY refused 'Zm9v Yg==' refused Zg= refused Z=== refused Zm=v refused"
-             " Zm9vYmFyZg== refused")) {
+             " 'Zm9v Yg==' foob Zm9vY '' Zg= '' Z=== '' Zm=v '' Zm-v '' Zm9vYmFyZg== ''")) {
     EXPECT_EQ(decoded(text.c_str(), text.size()), bytes);
   }
   EXPECT_EQ(decoded("Zm9vYmFy", 4), "foo");
