@@ -9,6 +9,7 @@
 #include <compare>
 #include <cstddef>
 #include <cstdint>
+#include <cstring>
 #include <type_traits>
 
 // An IPv4 address in network byte order.
@@ -51,9 +52,10 @@ struct Bits {
 template <typename Number>
 struct Unaligned {
   uint8_t bytes[sizeof(Number)];
+  Unaligned() = default;
+  constexpr Unaligned(Number number) : Unaligned(std::bit_cast<Unaligned>(number)) {}
   auto operator<=>(const Unaligned&) const = default;
   constexpr Number value() const { return std::bit_cast<Number>(*this); }
-  constexpr Unaligned& operator=(Number number) { return *this = std::bit_cast<Unaligned>(number); }
 };
 
 // A combined address value: the family is 4 or 6, or 0 for no address; an IPv4 address is the first four of
@@ -64,6 +66,19 @@ struct IpAddress {
   auto operator<=>(const IpAddress&) const = default;
 };
 
+inline IpAddress ip_address(const Ip4& ip) {
+  IpAddress address = {4, {}};
+  memcpy(address.bytes, &ip, sizeof ip);
+  return address;
+}
+
+// 0.0.0.0 when the address is of another family.
+inline Ip4 ip4(const IpAddress& address) {
+  Ip4 ip = {};
+  if (address.family.value() == 4) memcpy(&ip, address.bytes, sizeof ip);
+  return ip;
+}
+
 // Bytes that nobody writes and nobody reads.
 template <size_t kSize>
 struct Unused {
@@ -71,9 +86,9 @@ struct Unused {
 };
 
 template <typename T>
-constexpr bool is_unused = false;
+inline constexpr bool is_unused = false;
 template <size_t kSize>
-constexpr bool is_unused<Unused<kSize>> = true;
+inline constexpr bool is_unused<Unused<kSize>> = true;
 
 // A record describes itself by a member
 //   static constexpr void each_field(auto& record, auto&& field)

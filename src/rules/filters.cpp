@@ -10,7 +10,7 @@
 #include "records/hpostforbid.h"
 #include "records/urlfilter.h"
 #include "rules/commands.h"
-#include "rules/hosts.h"
+#include "args/hosts.h"
 
 namespace {
 

@@ -5,7 +5,7 @@
 #include "order/order.h"
 #include "platform/list.h"
 #include "rules/commands.h"
-#include "rules/hosts.h"
+#include "args/hosts.h"
 
 namespace {
 
