@@ -12,7 +12,11 @@ constexpr uint32_t kModuleRule = 11;
 constexpr uint32_t kModuleHost = 13;
 constexpr uint32_t kModuleQos = 14;
 constexpr uint32_t kModuleUser = 16;
+constexpr uint32_t kModuleBbsFilter = 35;
+constexpr uint32_t kModulePostfixFilter = 36;
+constexpr uint32_t kModulePostForbid = 37;
 constexpr uint32_t kModuleMacUser = 62;
+constexpr uint32_t kModuleUrlFilter = 82;
 
 // All header fields are in the machine's byte order.
 struct OrderRecord {

@@ -5,15 +5,28 @@
 #include <cstdint>
 
 #include "records/field.h"
+#include "records/list.h"
 
 enum QosCommand : uint32_t {
   kQosSet = 1,
   kQosGet = 2,
   kQosState = 3,
+  kQosTypeList = 8,
+  kQosSpeedSet = 9,
+  kQosSpeedList = 10,
+  kQosDnsIp = 11,
+  kQosAppDns = 12,
+  kQosAppIp = 13,
+  kQosAppProtocol = 14,
+  kQosAppHost = 15,
   kQosDebug = 16,
   kQosExtSet = 17,
   kQosExtGet = 18,
   kQosLevel = 19,
+  kQosRuleAdd = 20,
+  kQosRuleDel = 21,
+  kQosRuleGet = 22,
+  kQosRuleList = 23,
   kQosSkb = 26,
   kQosDevInfo = 27,
   kQosVpnLimit = 30,
@@ -294,3 +307,164 @@ struct QosIpRule {
 };
 static_assert(sizeof(QosIpRule) == 36);
 static_assert(is_described<QosIpRule>());
+
+// ---- Speed rules ----
+
+// Traffic types, from a table of the engine's.
+struct QosTypeEntry {
+  uint8_t id;
+  uint8_t priority;  // QosPriority
+  Unused<6> unused;
+  uint64_t sp_up;
+  uint64_t sp_down;
+  uint64_t count_up;
+  uint64_t count_skb_up;
+  uint64_t count_down;
+  uint64_t count_skb_down;
+
+  static constexpr void each_field(auto& r, auto&& field) {
+    field("id", r.id), field("priority", r.priority), field("", r.unused), field("sp_up", r.sp_up),
+        field("sp_down", r.sp_down), field("count_up", r.count_up), field("count_skb_up", r.count_skb_up),
+        field("count_down", r.count_down), field("count_skb_down", r.count_skb_down);
+  }
+};
+static_assert(sizeof(QosTypeEntry) == 56 && offsetof(QosTypeEntry, sp_up) == 8);
+static_assert(is_described<QosTypeEntry>());
+
+enum QosPriority : uint8_t { kPriorityNormal = 0, kPriorityHigh = 1, kPriorityLow = 2 };
+
+enum SpeedRuleAction : uint16_t { kSpeedRuleAdd = 1, kSpeedRuleDel = 2 };
+enum SpeedRuleKind : uint8_t { kSpeedLimited = 0, kSpeedGuaranteed = 1, kSpeedPriority = 2 };
+
+// Ids from 0 to 255, 64 a word.
+struct IdSet {
+  Unaligned<uint64_t> words[4];
+
+  static constexpr void each_field(auto& r, auto&& field) { field("words", r.words); }
+};
+static_assert(is_described<IdSet>());
+
+// A limit or a guarantee; the IPv4 ranges that it is for follow, in whose place the next rule of a list
+// begins: no padding may come between.
+struct SpeedRule {
+  uint16_t action;  // SpeedRuleAction
+  uint16_t kind;    // SpeedRuleKind
+  char name[32];
+  Unused<1> unused;
+  uint8_t all_lines;
+  uint8_t all_types;
+  uint8_t is_shared;  // "gx"; else each address has the rate for itself
+  Unaligned<uint64_t> up;
+  Unaligned<uint64_t> down;
+  IdSet lines;
+  IdSet types;
+  uint16_t range_count;
+  uint16_t range_bytes;
+
+  static constexpr void each_field(auto& r, auto&& field) {
+    field("action", r.action), field("kind", r.kind), field("name", r.name), field("", r.unused),
+        field("all_lines", r.all_lines), field("all_types", r.all_types), field("is_shared", r.is_shared),
+        field("up", r.up), field("down", r.down), field("lines", r.lines), field("types", r.types),
+        field("range_count", r.range_count), field("range_bytes", r.range_bytes);
+  }
+  static constexpr void each_list(auto& r, auto&& list) { list("ranges", ListOf<V4Range>{r.range_count}); }
+};
+static_assert(sizeof(SpeedRule) == 124 && offsetof(SpeedRule, all_lines) == 37 &&
+              offsetof(SpeedRule, up) == 40 && offsetof(SpeedRule, lines) == 56 &&
+              offsetof(SpeedRule, types) == 88 && offsetof(SpeedRule, range_count) == 120);
+static_assert(is_described<SpeedRule>());
+
+// The kind stands where the first rule of the answer has its own.
+struct SpeedListRequest {
+  Unused<10> unused;
+  uint16_t kind;
+
+  static constexpr void each_field(auto& r, auto&& field) { field("", r.unused), field("kind", r.kind); }
+};
+static_assert(offsetof(SpeedListRequest, kind) == 10);
+static_assert(is_described<SpeedListRequest>());
+
+// A rule of all kinds; its lists follow. Requests that name a rule carry name and kind alone, that for a list
+// the kind.
+struct PriorityRule {
+  char name[64];
+  uint16_t run_prio;
+  uint8_t dev_prio;  // QosPriority
+  uint8_t hi_prio;   // QosPriority
+  uint8_t kind;      // SpeedRuleKind
+  uint8_t is_and;
+  uint8_t sp_type;
+  uint8_t thd_type;  // 1 when the word was 1
+  uint32_t up;
+  uint32_t down;
+  Unused<1> unused;
+  uint8_t type;  // of the hosts
+  Unused<2> unused2;
+  uint32_t sp_check;
+  Unused<4> unused3;
+  uint16_t address_count;
+  uint16_t v6_count;
+  uint16_t dev_count;
+  uint16_t thd_count;
+  uint16_t shibie_count;
+  uint16_t ipport_bytes;
+  uint32_t list_bytes;  // of all lists
+
+  static constexpr void each_field(auto& r, auto&& field) {
+    field("name", r.name), field("run_prio", r.run_prio), field("dev_prio", r.dev_prio),
+        field("hi_prio", r.hi_prio), field("kind", r.kind), field("is_and", r.is_and),
+        field("sp_type", r.sp_type), field("thd_type", r.thd_type), field("up", r.up), field("down", r.down),
+        field("", r.unused), field("type", r.type), field("", r.unused2), field("sp_check", r.sp_check),
+        field("", r.unused3), field("address_count", r.address_count), field("v6_count", r.v6_count),
+        field("dev_count", r.dev_count), field("thd_count", r.thd_count),
+        field("shibie_count", r.shibie_count), field("ipport_bytes", r.ipport_bytes),
+        field("list_bytes", r.list_bytes);
+  }
+  static constexpr void each_list(auto& r, auto&& list) {
+    each_host_list(r.type, r.address_count, r.v6_count, list);
+    list("devs", ListOf<NumberRange>{r.dev_count}), list("thds", ListOf<NumberRange>{r.thd_count}),
+        list("shibie", ListOf<IdRange>{r.shibie_count}),
+        list("destination", ListOf<IpPortBlock>{r.ipport_bytes != 0});
+  }
+};
+static_assert(sizeof(PriorityRule) == 108 && offsetof(PriorityRule, run_prio) == 64 &&
+              offsetof(PriorityRule, up) == 72 && offsetof(PriorityRule, type) == 81 &&
+              offsetof(PriorityRule, sp_check) == 84 && offsetof(PriorityRule, address_count) == 92 &&
+              offsetof(PriorityRule, list_bytes) == 104);
+static_assert(is_described<PriorityRule>());
+
+// What recognition goes by: names, address ranges, protocols and hosts follow in that order.
+struct RecognitionName {
+  char name[64];
+
+  static constexpr void each_field(auto& r, auto&& field) { field("name", r.name); }
+};
+static_assert(is_described<RecognitionName>());
+
+struct RecognitionRange {
+  Ip4 first;
+  Ip4 last;
+
+  static constexpr void each_field(auto& r, auto&& field) { field("first", r.first), field("last", r.last); }
+};
+static_assert(is_described<RecognitionRange>());
+
+struct RecognitionLists {
+  uint16_t name_count;
+  uint16_t range_count;
+  uint16_t protocol_count;
+  uint16_t hi_count;  // of the items given, those that are left out included
+
+  static constexpr void each_field(auto& r, auto&& field) {
+    field("name_count", r.name_count), field("range_count", r.range_count),
+        field("protocol_count", r.protocol_count), field("hi_count", r.hi_count);
+  }
+  static constexpr void each_list(auto& r, auto&& list) {
+    list("names", ListOf<RecognitionName>{r.name_count}),
+        list("ranges", ListOf<RecognitionRange>{r.range_count}),
+        list("protocols", ListOf<ProtocolEntry>{r.protocol_count}),
+        list("hosts", ListOf<RecognitionRange>{r.hi_count});
+  }
+};
+static_assert(sizeof(RecognitionLists) == 8);
+static_assert(is_described<RecognitionLists>());

@@ -97,9 +97,9 @@ void mac_add(void* mac, uint32_t step, int bytes);
 // else in it, half a pair included, gives 0 and leaves zeros where bytes had been written.
 int string_to_hex(const char* text, void* destination, int most);
 
-// Decodes base64 (RFC 4648, section 4; the padding may be missing) from at most `length` characters of
-// `text`, fewer when a NUL comes first, into at most `room` bytes. Adds no NUL. Returns the number of bytes,
-// or -1 when the text is not base64 or does not fit: then nothing is written.
+// Decodes base64 (RFC 4648, section 4; the padding may be missing, blanks do not count) from at most `length`
+// characters of `text`, fewer when a NUL comes first, into at most `room` bytes. Adds no NUL. Returns the
+// number of bytes: 0, with nothing written, when the text is not base64 or does not fit.
 int base64_decode2(const char* text, void* destination, int length, int room);
 
 #ifdef __cplusplus

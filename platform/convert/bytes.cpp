@@ -19,13 +19,6 @@ constexpr unsigned base64_value(char c) {
   return c == '/' ? 63 : 64;
 }
 
-// Takes the padding off; false when there is some in the wrong place.
-bool strip_padding(std::string_view& text) {
-  const size_t padded = text.size();
-  while (!text.empty() && text.back() == '=' && padded - text.size() < 2) text.remove_suffix(1);
-  return padded == text.size() || padded % 4 == 0;
-}
-
 }  // namespace
 
 int string_to_hex(const char* text, void* destination, int most) {
@@ -47,18 +40,25 @@ int string_to_hex(const char* text, void* destination, int most) {
 }
 
 int base64_decode2(const char* text, void* destination, int length, int room) {
-  if (text == nullptr || length < 0) return 0;
-  std::string_view digits(text, strnlen(text, static_cast<size_t>(length)));
+  if (text == nullptr || length < 0 || room < 0) return 0;
+  const std::string_view encoded(text, strnlen(text, static_cast<size_t>(length)));
+  size_t digits = 0;
+  size_t padding = 0;
+  for (const char c : encoded) {
+    if (convert::is_blank(c)) continue;
+    if (c != '=' && (padding > 0 || base64_value(c) == 64)) return 0;
+    ++(c == '=' ? padding : digits);
+  }
   // A last digit without a partner holds no whole byte.
-  if (!strip_padding(digits) || digits.size() % 4 == 1) return -1;
-  if (!std::all_of(digits.begin(), digits.end(), [](char c) { return base64_value(c) < 64; })) return -1;
-  const size_t count = digits.size() * 3 / 4;
-  if (room < 0 || count > static_cast<size_t>(room)) return -1;
+  const bool is_whole = digits % 4 != 1 && padding <= 2 && (padding == 0 || (digits + padding) % 4 == 0);
+  const size_t count = digits * 3 / 4;
+  if (!is_whole || count > static_cast<size_t>(room)) return 0;
 
   auto* out = static_cast<uint8_t*>(destination);
   unsigned bits = 0;
   int held = 0;  // how many of the low bits are not written yet
-  for (const char c : digits) {
+  for (const char c : encoded) {
+    if (base64_value(c) == 64) continue;
     bits = bits << 6 | base64_value(c);
     held += 6;
     if (held >= 8) {

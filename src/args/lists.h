@@ -3,6 +3,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <cstring>
 
 #include "args/answer.h"
 #include "records/list.h"
@@ -38,6 +39,14 @@ class ListWriter {
   RangeCounts add_hosts(uint8_t type, const char* text);
   // A destination block, read by get_ipport_str or its variant. Returns its bytes, 0 for an empty text.
   uint16_t add_block(ListReader read, const char* text);
+
+  // An element that is at hand.
+  template <typename Element>
+  void put(const Element& element) {
+    if (!make_sure_of(sizeof element)) return;
+    memcpy(at_, &element, sizeof element);
+    advance(1, sizeof element);
+  }
 
   bool fits() const { return fits_; }  // false once a text was not read for want of room
   uint32_t bytes() const { return bytes_; }

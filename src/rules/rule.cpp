@@ -2,22 +2,14 @@
 // (mroute).
 #include "records/rule.h"
 
-#include "args/lists.h"
-#include "args/print.h"
 #include "order/order.h"
 #include "platform/list.h"
 #include "rules/commands.h"
+#include "args/hosts.h"
 
 namespace {
 
 // ---- Requests ----
-
-template <typename Rule>
-void set_hosts(Rule& rule, ListWriter& lists, const char* word) {
-  const RangeCounts counts = lists.add_hosts(rule.type, word);
-  rule.address_count = counts.v4;
-  rule.v6_count = counts.v6;
-}
 
 template <typename Rule>
 Verdict finish(Rule& rule, const ListWriter& lists) {
@@ -39,7 +31,7 @@ Verdict parse_acc(AccRule& rule, const Args& args) {
   if (rule.type == kRuleMac) {
     args.read(6, rule.mac);  // no MAC at all goes out as it was read: the module refuses it
   } else {
-    set_hosts(rule, lists, args[6]);
+    add_hosts(rule, lists, args[6]);
   }
   rule.ipport_bytes = lists.add_block(get_ipport_str_vek, args[11]);
   return finish(rule, lists);
@@ -47,9 +39,9 @@ Verdict parse_acc(AccRule& rule, const Args& args) {
 
 Verdict parse_whitelist(WhitelistEntry& entry, const Args& args) {
   copy_text(entry.name, args[4]);
-  entry.type = take_host_type(args.get(5), host_type_by_look(args[5]));
+  entry.type = host_type(args, 5);
   ListWriter lists = ListWriter::behind(entry);
-  set_hosts(entry, lists, args[5]);
+  add_hosts(entry, lists, args[5]);
   entry.ipport_bytes = lists.add_block(get_ipport_str_vek, args[6]);
   return finish(entry, lists);
 }
@@ -77,7 +69,7 @@ Verdict parse_mroute(MrouteRule& rule, const Args& args) {
 
   ListWriter lists = ListWriter::behind(rule);
   rule.thd_count = lists.add<NumberRange>(get_typeid_str, args[10]);
-  set_hosts(rule, lists, args[5]);
+  add_hosts(rule, lists, args[5]);
   rule.shibie_count = lists.add<IdRange>(get_shibie_ips_str, args[11]);
   rule.ipport_bytes = lists.add_block(get_ipport_str, args[12]);
   return finish(rule, lists);
@@ -146,17 +138,6 @@ void print_type_ids(AnswerCursor& answer, uint16_t count) {
   }
 }
 
-template <typename Rule>
-void print_hosts(AnswerCursor& answer, const Rule& rule) {
-  if (rule.type == kHostRanges) {
-    print(" ip_duan:");
-    print_addr_ranges(answer, rule.address_count, rule.v6_count);
-  } else {
-    print(" user_group:");
-    print_number_ranges(answer, rule.address_count);
-  }
-}
-
 // The destination block of a rule that has one, and the end of the rule's line.
 void print_destination(AnswerCursor& answer, uint16_t bytes, const char* if_none) {
   if (bytes == 0) {
@@ -216,27 +197,18 @@ void print_rule(AnswerCursor& answer, const FilterRule& rule) {
   print("\n");
 }
 
-template <typename Rule>
-void print_rules(const Answer& answer) {
-  AnswerCursor cursor(answer, kListEntriesOffset);
-  Rule rule;
-  for (int32_t left = answer.get<int32_t>(kListCountOffset); left > 0 && cursor.read(rule); --left) {
-    print_rule(cursor, rule);
-  }
-}
-
 void print_count(const Answer& answer) { print("num:%d\n", answer.get<int32_t>(kListCountOffset)); }
 
 template <typename Rule>
 void print_list(const Answer& answer) {
   print_count(answer);
-  print_rules<Rule>(answer);
+  print_rules<Rule>(answer, print_rule);
 }
 
 void print_filter_list(const Answer& answer) {
   print_count(answer);
   print(" name prio hi_type log act gid  shibie_ids\n");
-  print_rules<FilterRule>(answer);
+  print_rules<FilterRule>(answer, print_rule);
 }
 
 void print_hits(const Answer& answer) {

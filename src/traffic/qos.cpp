@@ -10,6 +10,7 @@
 #include "platform/line.h"
 #include "platform/nvram.h"
 #include "traffic/commands.h"
+#include "traffic/speed_rules.h"
 
 namespace {
 
@@ -307,5 +308,5 @@ constexpr SubCommand kQos[] = {
 }  // namespace
 
 int cmd_qos(int argc, char** argv, const CommandEntry* entry) {
-  return run_sub_command(kQos, argc, argv, entry);
+  return run_sub_command({kQos, kSpeedRuleCommands}, Args(argc, argv), entry);
 }

@@ -152,12 +152,13 @@ TEST(ByteStrings, HexadecimalAndBase64) {
   const auto decoded = [](const char* text, size_t length) {
     char out[8] = "#######";
     const int count = base64_decode2(text, out, static_cast<int>(length), 6);
-    EXPECT_EQ(static_cast<size_t>(std::max(count, 0)), strcspn(out, "#")) << text;
-    return count < 0 ? "none" : std::string(out, strcspn(out, "#"));
+    EXPECT_EQ(static_cast<size_t>(count), strcspn(out, "#")) << text;
+    return std::string(out, strcspn(out, "#"));
   };
-  expect_each([&](const char* text) { return decoded(text, strlen(text)); },
-              "Zm9vYmFy foobar Zm9vYg== foob Zm9vYmE= fooba Zm9vYg foob IA== ' ' +/+/ \xfb\xff\xbf Zm9vY none"
-              " 'Zm9v Yg==' none Zg= none Z=== none Zm=v none Zm9vYmFyZg== none");
+  expect_each(
+      [&](const char* text) { return decoded(text, strlen(text)); },
+      "Zm9vYmFy foobar Zm9vYg== foob Zm9vYmE= fooba Zm9vYg foob IA== ' ' +/+/ \xfb\xff\xbf 'Zm9v Yg==' foob"
+      " Zm9vY '' Zg= '' Z=== '' Zm=v '' Zm-v '' Zm9vYmFyZg== ''");
   EXPECT_EQ(decoded("Zm9vYmFy", 4), "foo");
   EXPECT_EQ(decoded("Zm9v", 100), "foo");
   EXPECT_EQ(decoded(nullptr, 4), "");

@@ -29,6 +29,7 @@ __attribute__((visibility("default"))) const char* const tvlret_err_str[52] = {
     [kBadList] = "bad list",
     [kEmptyList] = "empty list",
     [kBadDestination] = "bad destination",
+    [kBadUrl] = "bad URL",
     [kBadSwitch] = "switch is neither 0 nor 1",
     [kBadType] = "unknown type",
     [kBadMode] = "unknown mode",

@@ -32,6 +32,7 @@ enum Result {
   kBadList,
   kEmptyList,
   kBadDestination,
+  kBadUrl,
   kBadSwitch,
   kBadType,
   kBadMode,

@@ -20,7 +20,11 @@ constexpr const Module* kModules[] = {
     &kHostModule,
     &kQosModule,
     &kUserModule,
+    &kBbsFilterModule,
+    &kPostfixFilterModule,
+    &kPostForbidModule,
     &kMacUserModule,
+    &kUrlFilterModule,
 };
 // clang-format on
 

@@ -14,7 +14,11 @@ extern const Module kRuleModule;
 extern const Module kHostModule;
 extern const Module kQosModule;
 extern const Module kUserModule;
+extern const Module kBbsFilterModule;
+extern const Module kPostfixFilterModule;
+extern const Module kPostForbidModule;
 extern const Module kMacUserModule;
+extern const Module kUrlFilterModule;
 
 std::span<const Module* const> all_modules();
 
