@@ -124,6 +124,10 @@ class Statement {
   void bind(int index, const Bits<Word, kCount>& bits) {
     bind(index, bits.value);
   }
+  template <typename Number>
+  void bind(int index, const Unaligned<Number>& number) {
+    bind(index, number.value());
+  }
   void bind(int index, const std::vector<uint8_t>& bytes) {
     check(sqlite3_bind_blob64(statement_, index, bytes.data(), bytes.size(), SQLITE_TRANSIENT));
   }
@@ -153,6 +157,10 @@ class Statement {
   template <typename Word, int kCount>
   void get(int column, Bits<Word, kCount>& bits) const {
     get(column, bits.value);
+  }
+  template <typename Number>
+  void get(int column, Unaligned<Number>& number) const {
+    number = get_number<Number>(column);
   }
   void get(int column, std::vector<uint8_t>& bytes) const {
     const auto* stored = static_cast<const uint8_t*>(sqlite3_column_blob(statement_, column));
