@@ -1,5 +1,4 @@
 // The order gateway of a plain Linux host: one order is one transaction on the state store.
-#include <algorithm>
 #include <cstdio>
 
 #include "api/guard.h"
@@ -10,10 +9,9 @@
 namespace {
 
 void handle(Order& order) {
-  const Module* module = find_module(order.module());
-  if (module == nullptr) throw Refusal{kUnknownModule};
-  const auto command = std::ranges::find(module->commands, order.command(), &Command::number);
-  if (command == module->commands.end()) throw Refusal{kUnknownCommand};
+  if (!has_module(order.module())) throw Refusal{kUnknownModule};
+  const Command* const command = find_command(order.module(), order.command());
+  if (command == nullptr) throw Refusal{kUnknownCommand};
 
   Store store = open_state(command->access);
   command->run(store, order);

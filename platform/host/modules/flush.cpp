@@ -9,7 +9,7 @@ namespace {
 
 // The number is that of the module to flush; 0 flushes all.
 void flush(Store& store, const FlushRequest& request) {
-  refuse_unless(request.number == 0 || find_module(request.number) != nullptr, kUnknownModule);
+  refuse_unless(request.number == 0 || has_module(request.number), kUnknownModule);
   for (const Module* module : all_modules()) {
     if (module->flush == nullptr || (request.number != 0 && request.number != module->number)) continue;
     module->flush(store);

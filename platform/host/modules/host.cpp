@@ -12,6 +12,7 @@
 #include "modules/checks.h"
 #include "modules/devmg.h"
 #include "modules/modules.h"
+#include "modules/speed_rules.h"
 #include "state/settings.h"
 #include "state/time.h"
 
@@ -129,8 +130,10 @@ Hosts look(Store& store) {
   }
   const int64_t ageing = host_ageing_seconds(store);
   const uint64_t present = calendar_seconds();
+  const SpeedLimits limits(store);
   for (auto& [ip, entry] : hosts) {
     HostEntry& host = entry.host;
+    limits.apply(host);
     for (uint64_t* moment : {&host.creat_tm, &host.last_tm}) *moment = present - std::min(*moment, present);
     if (ageing != kForever) host.del_tm = host.last_tm + static_cast<uint64_t>(ageing);
   }

@@ -15,11 +15,13 @@ struct Command {
   void (*run)(Store& store, Order& order);
 };
 
+// A module may stand in several files, with a Module in each of them; those that keep tables differ in part.
 struct Module {
   uint32_t number;
   std::span<const Command> commands;
   std::span<const char* const> schema = {};  // as Schema::steps
   void (*flush)(Store& store) = nullptr;     // drops what the module has learnt by itself
+  uint32_t part = 0;
 };
 
 namespace module_detail {

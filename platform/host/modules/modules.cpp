@@ -19,6 +19,7 @@ constexpr const Module* kModules[] = {
     &kRuleModule,
     &kHostModule,
     &kQosModule,
+    &kSpeedRuleModule,
     &kUserModule,
     &kBbsFilterModule,
     &kPostfixFilterModule,
@@ -34,11 +35,21 @@ std::span<const Module* const> all_modules() { return kModules; }
 
 Store open_state(Access access) {
   std::vector<Schema> schemas = {kSettingsSchema};
-  for (const Module* module : kModules) schemas.push_back({module->number, module->schema});
+  for (const Module* module : kModules) {
+    schemas.push_back({module->number + (module->part << 16), module->schema});
+  }
   return Store("state.db", schemas, access);
 }
 
-const Module* find_module(uint32_t number) {
-  const auto found = std::ranges::find(kModules, number, [](const Module* module) { return module->number; });
-  return found == std::end(kModules) ? nullptr : *found;
+bool has_module(uint32_t number) {
+  return std::ranges::any_of(kModules, [number](const Module* module) { return module->number == number; });
+}
+
+const Command* find_command(uint32_t number, uint32_t command) {
+  for (const Module* module : kModules) {
+    if (module->number != number) continue;
+    const auto found = std::ranges::find(module->commands, command, &Command::number);
+    if (found != module->commands.end()) return &*found;
+  }
+  return nullptr;
 }

@@ -13,6 +13,7 @@ extern const Module kMrModule;
 extern const Module kRuleModule;
 extern const Module kHostModule;
 extern const Module kQosModule;
+extern const Module kSpeedRuleModule;
 extern const Module kUserModule;
 extern const Module kBbsFilterModule;
 extern const Module kPostfixFilterModule;
@@ -25,5 +26,7 @@ std::span<const Module* const> all_modules();
 // Begins a transaction on the state that the modules share.
 Store open_state(Access access);
 
-// Null when there is no module of this number.
-const Module* find_module(uint32_t number);
+bool has_module(uint32_t number);
+
+// Null when the module has no command of this number.
+const Command* find_command(uint32_t module, uint32_t command);
