@@ -79,7 +79,8 @@ TEST_F(Mr, ALineGoesWithItsInterfaceAndItsNumberIsFreeAgain) {
 TEST_F(Mr, RoutesStandInTheOrderOfTheirPriority) {
   ok({"mr lr_add 0 20 192.168.1.0 255.255.255.0 10.0.0.0 255.0.0.0", "mr lr_add 0 10 0 0 10.0.0.0 255.0.0.0",
       "mr lr_add 1 10 1.2.3.4 255.255.255.255 0 0"});
-  refused("already there", {"mr lr_add 1 30 1.2.3.4 255.255.255.255 0 0"});
+  refused("already there",
+          {"mr lr_add 1 30 1.2.3.4 255.255.255.255 0 0", "mr lr_add 0 20 0 0 10.1.0.0 255.0.0.0"});
   refused("unknown line", {"mr lr_add 2 1 0 0 10.0.0.0 255.0.0.0", "mr lr_del 2"});
   refused("bad mask", {"mr lr_add 1 1 0 0 10.0.0.0 255.0.255.0"});
   refused("bad mask", {"mr lr_add 1 1 192.168.1.0 255.255.255.300 10.0.0.0 255.0.0.0"});
@@ -118,7 +119,8 @@ TEST_F(Mr, RefusesUnknownLinesAndBadValues) {
   refused("bad mask", {"mr ipv6_ula 0 fd00::/129"});
   refused("control character in a text",
           {"mr zc 0 1 1 1 1 1 x a\x01 0 0 x x x", "mr zc 0 1 1 1 1 1 x x 0 0 a\x01 x x"});
-  refused("bad address", {"mr ipv6_ula 0 ::", "mr ipv6_ula 0 2001:db8::", "mr ipv6_ula 0 what"});
+  refused("bad address", {"mr ipv6_ula 0 ::", "mr ipv6_ula 0 2001:db8::", "mr ipv6_ula 0 what",
+                          "mr zc 0 1 1 1 1 1 x 8.8.8.800 0 0 x x x"});
   EXPECT_EQ(list(), "num: 2\n" + kHeader + untouched("0") + untouched("1") + "\n");
 }
 

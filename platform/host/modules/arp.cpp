@@ -73,9 +73,11 @@ void learn(Store& store, std::string_view dev, uint32_t first, uint32_t last) {
   refuse_if_full(store, "arp_learnt", kMaxLearnt);
 }
 
-// Finding nobody is no error: the order is to look.
+// The range is a network's, from its first address to its last. Finding nobody is no error: the order is to
+// look.
 void search(Store& store, const ArpSearch& range) {
   require_interface(store, text(range.dev));
+  check_mask({~(range.first_ip.value ^ range.last_ip.value)});
   learn(store, text(range.dev), ntohl(range.first_ip.value), ntohl(range.last_ip.value));
 }
 

@@ -53,6 +53,7 @@ void del(Store& store, const DevEntry& entry) {
 
 void set(Store& store, const DevEntry& entry) {
   require_interface(store, text(entry.dev));
+  check_switch(entry.jb_en);
   refuse_unless(entry.wk_mode <= kMaxWorkMode, kBadMode);
   store.execute("UPDATE interface SET jb_en = :jb_en, wk_mode = :wk_mode, isp = :isp WHERE dev = :dev",
                 entry);

@@ -44,11 +44,17 @@ void set_dns(Store& store, const LineRecord& line) {
       line);
 }
 
+// What is no address came in as a name; nothing has a name of figures alone.
+void check_target(std::string_view name) {
+  check_text(name);
+  refuse_unless(name.empty() || name.find_first_not_of("0123456789.") != name.npos, kBadAddress);
+}
+
 // Detection runs from when it is set with its switch on until it is stopped.
 void set_detection(Store& store, uint16_t wanid, const LineDetection& zc) {
   check_switch(zc.en);
   refuse_unless(zc.act >= 1 && zc.act <= 2, kBadMode);
-  for (const auto& name : zc.target_names) check_text(text(name));
+  for (const auto& name : zc.target_names) check_target(text(name));
   check_text(text(zc.option_text));
   store.execute(
       "INSERT OR REPLACE INTO line_zc (wanid, state, en, act, tm, times, sd, gw, second_ip,"
@@ -156,15 +162,17 @@ void get_mode(Store& store, LineMode& mode) {
   mode.ct_rule_name = get_setting(store, kModuleMr, "ct_rule_name");
 }
 
-// One side of a route: both zero for any address. An address or a mask that was not understood came in as
-// zero, and would make the route one for other hosts.
-void check_net(Ip4 address, Ip4 mask) {
-  const uint32_t host_bits = ~ntohl(mask.value);
-  refuse_unless((host_bits & (host_bits + 1)) == 0 && (mask.value != 0 || address.value == 0), kBadMask);
+// One side of a route, of which the host's bits do not matter: both zero for any address. An address or a
+// mask that was not understood came in as zero, and would make the route one for other hosts.
+void check_net(Ip4& address, Ip4 mask) {
+  check_mask(mask);
+  refuse_unless(mask.value != 0 || address.value == 0, kBadMask);
+  address.value &= mask.value;
   refuse_unless(address.value != 0 || mask.value == 0, kBadAddress);
 }
 
-void add_route(Store& store, const LineRoute& route) {
+void add_route(Store& store, const LineRoute& request) {
+  LineRoute route = request;
   require_line(store, route.wanid);
   check_net(route.src, route.srcmask);
   check_net(route.dst, route.dstmask);
