@@ -172,13 +172,35 @@ void refuse_black(Store& store, const Mac& mac) {
                 kNotRunning);
 }
 
+bool tells_both(const HostAddress& host) { return host.ip != Ip4{} && host.mac != Mac{}; }
+
+// The number of a host's session, 0 when it is not on line. A host that tells one of its addresses may be
+// logged in by the other alone.
+int64_t find_session(Store& store, const HostAddress& host) {
+  end_sessions(store);
+  int64_t session = store.number(
+      "SELECT session FROM session WHERE (:ip = 0 OR ip = :ip) AND (:mac = zeroblob(6) OR mac = :mac)", host);
+  if (session != 0 || tells_both(host)) return session;
+  for (const HostAddress& known : known_addresses(store, host)) {
+    session = store.number(
+        "SELECT session FROM session"
+        "  WHERE (ip = :ip AND mac = zeroblob(6)) OR (ip = 0 AND mac = :mac)",
+        known);
+    if (session != 0) break;
+  }
+  return session;
+}
+
+void end_session(Store& store, int64_t session) {
+  store.execute("DELETE FROM session WHERE session = ?", session);
+}
+
 // The account by which this host may log in now. When it tells one of its addresses, an account that is bound
 // to the other goes by what is known of the host.
 uint32_t account_for_login(Store& store, const char* user, const HostAddress& host,
                            const std::vector<HostAddress>& known) {
   const std::vector<HostAddress> told = {host};
-  const bool tells_both = host.ip != Ip4{} && host.mac != Mac{};
-  for (const HostAddress& address : tells_both || known.empty() ? told : known) {
+  for (const HostAddress& address : tells_both(host) || known.empty() ? told : known) {
     const uint32_t userid = account_for(store, user, kUserWeb, address);
     if (userid != 0) return userid;
   }
@@ -202,6 +224,7 @@ int log_in(Store& store, const char* user, const HostAddress& host, uint32_t sec
   for (const HostAddress& address : known) {
     if (address.ip == host.ip) refuse_black(store, address.mac);
   }
+  while (const int64_t session = find_session(store, host)) end_session(store, session);
   Session session = {};
   if (user != nullptr) session.userid = account_for_login(store, user, host, known);
   session.service = kUserWeb;
@@ -216,21 +239,18 @@ int log_in(Store& store, const char* user, const HostAddress& host, uint32_t sec
   return 0;
 }
 
-// The sessions of the hosts that a key means, of all with the empty one.
-constexpr const char* kSessions =
-    "session WHERE (:ip = 0 OR ip = :ip) AND (:mac = zeroblob(6) OR mac = :mac)";
-
 int log_out(Store& store, const HostAddress& host) {
-  end_sessions(store);
-  refuse_if_none(store.execute((std::string("DELETE FROM ") + kSessions).c_str(), host), kUnknownHost);
+  const int64_t session = find_session(store, host);
+  refuse_unless(session != 0, kUnknownHost);
+  end_session(store, session);
   return 0;
 }
 
-Statement online_hosts(Store& store, const HostAddress& host = {}) {
-  end_sessions(store);
+// The host of a session; of 0, all that are on line.
+Statement online_hosts(Store& store, int64_t session) {
   return store.query(
-      (std::string("SELECT ip, mac, up, down, send, recv FROM ") + kSessions + " ORDER BY session").c_str(),
-      host);
+      "SELECT ip, mac, up, down, send, recv FROM session WHERE ?1 = 0 OR session = ?1 ORDER BY session",
+      session);
 }
 
 // What is not known of a host is the empty text.
@@ -249,9 +269,11 @@ OnlineInfo read_host(const Statement& row) {
 
 // With a null info only asks.
 int find_host(Store& store, const HostAddress& host, OnlineInfo* info) {
-  Statement row = online_hosts(store, host);
-  refuse_unless(row.next(), kUnknownHost);
-  if (info != nullptr) *info = read_host(row);
+  const int64_t session = find_session(store, host);
+  refuse_unless(session != 0, kUnknownHost);
+  if (info == nullptr) return 0;
+  Statement row = online_hosts(store, session);
+  if (row.next()) *info = read_host(row);
   return 0;
 }
 
@@ -313,8 +335,9 @@ int ApiGetOnlineInfoByIpAndMac(OnlineInfo* info, const char* ip, const char* mac
 
 int ApiGetAllOnlineInfo(OnlineInfo* infos, uint32_t room) {
   return transact(kWrites, [&](Store& store) {
+    end_sessions(store);
     int count = 0;
-    for (Statement row = online_hosts(store); row.next(); ++count) {
+    for (Statement row = online_hosts(store, 0); row.next(); ++count) {
       if (infos == nullptr) continue;
       if (static_cast<uint32_t>(count) >= room) break;
       infos[count] = read_host(row);
