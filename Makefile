@@ -25,9 +25,9 @@ musl:
 	cmake --preset aarch64-musl && cmake --build $(BUILD)/aarch64-musl
 
 test-cross: all musl
-	VEK_TEST_BINARY=$(CURDIR)/$(BUILD)/musl/vek \
+	VEK_TEST_BINARY="$(CURDIR)/$(BUILD)/musl/vek" \
 	  ctest --test-dir $(BUILD) -L tool --output-on-failure -j $(JOBS)
-	VEK_TEST_BINARY=$(CURDIR)/$(BUILD)/aarch64-musl/vek VEK_TEST_RUNNER=/usr/bin/qemu-aarch64-static \
+	VEK_TEST_BINARY="$(CURDIR)/$(BUILD)/aarch64-musl/vek" VEK_TEST_RUNNER=/usr/bin/qemu-aarch64-static \
 	  ctest --test-dir $(BUILD) -L tool --output-on-failure -j $(JOBS)
 
 bench: all musl

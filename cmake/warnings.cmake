@@ -1,6 +1,7 @@
 # What every target of ours is compiled with.
 add_library(vek_warnings INTERFACE)
-target_compile_options(vek_warnings INTERFACE -Wall -Wextra -Wconversion -Wshadow -Werror)
+target_compile_options(vek_warnings INTERFACE
+  -Wall -Wextra -Wconversion -Wshadow $<$<BOOL:${VEK_WERROR}>:-Werror>)
 
 # For what runs on the router: no C++ run time, and only the functions that are used.
 add_library(vek_freestanding INTERFACE)

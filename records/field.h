@@ -96,7 +96,7 @@ inline constexpr bool is_unused<Unused<kSize>> = true;
 // of unused bytes are empty; a member may be an array, or a record of its own.
 template <typename T>
 concept Described = requires(T& record) {
-  T::each_field(record, [](const char*, auto&) {});
+  T::each_field(record, [](const char*, auto&) {});  // name and member
 };
 
 // Whether the description names every member once, and the record has no byte beside them.
@@ -128,5 +128,5 @@ struct ListOf {
 
 template <typename T>
 concept HasLists = requires(T& record) {
-  T::each_list(record, [](const char*, auto) {});
+  T::each_list(record, [](const char*, auto) {});  // name and entries
 };

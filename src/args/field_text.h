@@ -31,5 +31,5 @@ const char* text_of(const Bits<Word, kCount>& bits, char* room) {
 
 template <typename T>
 concept ShownField = requires(const T& field, char* room) {
-  text_of(field, room);
+  text_of(field, room);  // one of the above
 };

@@ -147,7 +147,7 @@ template <auto function>
 using FirstParameterOf = typename FirstParameter<decltype(function)>::type;
 
 template <typename Record, typename Field>
-Record record_of(Field Record::*member);
+Record record_of(Field Record::*);
 template <auto member>
 using RecordOf = decltype(record_of(member));
 

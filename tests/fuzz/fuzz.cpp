@@ -1,9 +1,9 @@
 // Fuzz target: any words on the command line, any answer from the kernel modules.
 //
-// An input is a number of words, the words (a length and that many bytes each), and the answers: for each
-// call of the gateway a byte for what it returns, the result code, and pieces (offset, length, bytes) that
-// are written over the record; for each call of another function a byte for what it returns (127: two more
-// bytes say), a length, and as many bytes to fill in.
+// An input is a number of words (and 128: records of full length), the words (a length and that many bytes
+// each), and the answers: for each call of the gateway a byte for what it returns, the result code, and
+// pieces (offset, length, bytes) that are written over the record; for each call of another function a byte
+// for what it returns (127: two more bytes say), a length, and as many bytes to fill in.
 #include <sys/types.h>
 
 #include <algorithm>
@@ -15,6 +15,7 @@
 
 #include "main/command_table.h"
 #include "platform/order.h"
+#include "records/order.h"
 #include "script.h"
 
 namespace {
@@ -62,7 +63,17 @@ std::unique_ptr<char[]> read_word(Input& input) {
   return word;
 }
 
+// About 32 KiB. The last bytes of the input say how much less, so that entries of every size end with a
+// record, or a byte behind it.
+uint32_t short_limit(const uint8_t* data, size_t size) {
+  uint16_t less = 0;
+  if (size >= sizeof less) memcpy(&less, data + size - sizeof less, sizeof less);
+  return 32 * 1024 - less % 4096;
+}
+
 }  // namespace
+
+uint32_t record_limit = 0;
 
 const char* const tvlret_err_str[52] = {nullptr, "an error"};
 
@@ -96,7 +107,9 @@ extern "C" int fuzz_munmap(void* pages, size_t) {
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
   Input input(data, size);
-  const size_t count = input.number<uint8_t>() % 32;
+  const auto first = input.number<uint8_t>();
+  record_limit = first < 128 ? short_limit(data, size) : kMaxRecordSize;
+  const size_t count = first % 32;
   std::vector<std::unique_ptr<char[]>> words;
   for (size_t i = 0; i < count; ++i) words.push_back(read_word(input));
   const auto argv = std::make_unique<char*[]>(count + 1);

@@ -17,7 +17,7 @@
 class HostTest : public testing::Test {
  protected:
   HostTest() { setenv("VEK_STATE", state.path().c_str(), 1); }
-  ~HostTest() override { unsetenv("VEK_STATE"); }
+  ~HostTest() override { setenv("VEK_STATE", state_of_others.c_str(), 1); }
 
   static RunResult vek(const std::string& words) {
     std::vector<std::string> argv = split(words);
@@ -79,12 +79,12 @@ class HostTest : public testing::Test {
     EXPECT_EQ(result.status, 0);
   }
 
-  // What the commands, which find vek in $vek, write in a network of their own, with bridges lan0 and wan0.
-  // Empty where the machine allows none.
+  // What the commands write in a network of their own, with bridges lan0 and wan0. Empty where the machine
+  // allows none.
   static std::string in_own_network(const std::string& commands) {
     return run({"/bin/sh", "-c",
-                "exec unshare -rn sh -ec 'PATH=$PATH:/sbin:/usr/sbin; vek=" VEK_BINARY
-                "; for dev in lan0 wan0; do ip link add $dev type bridge; ip link set $dev up; done;" +
+                "exec unshare -rn sh -ec 'PATH=$PATH:/sbin:/usr/sbin;"
+                "for dev in lan0 wan0; do ip link add $dev type bridge; ip link set $dev up; done;" +
                     commands + "'"})
         .out;
   }
@@ -104,5 +104,6 @@ class HostTest : public testing::Test {
         into_and_select + " FROM n");
   }
 
+  const std::string state_of_others = getenv("VEK_STATE");
   TempFolder state;
 };

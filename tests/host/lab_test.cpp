@@ -150,7 +150,7 @@ TEST_F(Lab, SaysWhatIsWrongAndWhere) {
 }
 
 TEST_F(Lab, Words) {
-  const RunResult full = run({"/bin/sh", "-c", VEK_LAB " show > /dev/full"});
+  const RunResult full = run({"/bin/sh", "-c", "vek-lab show > /dev/full"});
   EXPECT_EQ(full.err, "vek-lab: cannot write: No space left on device\n");
   EXPECT_EQ(full.status, 1);
   const auto refuses = [](const std::vector<std::string>& words, const std::string& why) {

@@ -144,7 +144,7 @@ TEST_F(Snmp, AScanFillsInRealMacs) {
       start(state.path()) +
       "& agent=$!; for i in 1 2 3 4 5 6 7 8 9; do sleep 0.2; [ -s " + state.file("pid") +
       " ] && break; done;"
-      "$vek hi snmpscan; kill $agent; wait $agent || true");
+      "vek hi snmpscan; kill $agent; wait $agent || true");
   EXPECT_EQ(out,
             "snmp ip mac do...\n"
             "IP[10.0.0.8] <===> realMAC[02 00 00 00 00 08] set success!\n"

@@ -77,8 +77,7 @@ TEST_F(StoreTest, IsForItsOwnerOnly) {
 }
 
 TEST_F(StoreTest, AFolderMayHaveAnyName) {
-  const std::string order =
-      "cd " + state.path() + "; VEK_STATE='file:a?mode=memory' exec " VEK_BINARY " devmg ";
+  const std::string order = "cd '" + state.path() + "'; VEK_STATE='file:a?mode=memory' exec vek devmg ";
   EXPECT_EQ(run({"/bin/sh", "-c", order + "add lan0 250"}).out, "ok\n");
   setenv("VEK_STATE", state.file("file:a?mode=memory").c_str(), 1);
   EXPECT_TRUE(is_listed("lan0"));
@@ -132,9 +131,9 @@ TEST_F(StoreTest, SurvivesAFullDisk) {
   int failures = 0;
   for (int blocks = 0; blocks <= 96; blocks += 4) {  // files may have this many blocks of 512 bytes
     const std::string dev = "port" + std::to_string(blocks);
-    const RunResult result = run({"/bin/sh", "-c",
-                                  "trap '' XFSZ; ulimit -f " + std::to_string(blocks) +
-                                      "; exec " VEK_BINARY " devmg add " + dev + " 0"});
+    const RunResult result =
+        run({"/bin/sh", "-c",
+             "trap '' XFSZ; ulimit -f " + std::to_string(blocks) + "; exec vek devmg add " + dev + " 0"});
     if (result.status != 0) {
       ++failures;
       EXPECT_NE(result.err.find("vek: " + state.file("state.db") + ": "), std::string::npos) << result.err;
@@ -149,7 +148,7 @@ TEST_F(StoreTest, SurvivesALackOfMemory) {
   int failures = 0;
   for (int kilobytes = 4000; kilobytes <= 12'000; kilobytes += 40) {
     for (const char* order :
-         {VEK_BINARY " rzglapi white mac add 02:00:00:00:00:01", VEK_LAB " load " VEK_OFFICE}) {
+         {"vek rzglapi white mac add 02:00:00:00:00:01", "vek-lab load '" VEK_OFFICE "'"}) {
       const RunResult result =
           run({"/bin/sh", "-c", "ulimit -v " + std::to_string(kilobytes) + "; exec " + order});
       EXPECT_LT(result.status, 128) << kilobytes << order << result.err;

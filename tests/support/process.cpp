@@ -2,16 +2,19 @@
 #include "support/process.h"
 
 #include <fcntl.h>
+#include <gtest/gtest.h>
 #include <spawn.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <array>
 #include <cerrno>
 #include <cstdlib>
 #include <filesystem>
 #include <future>
 #include <iomanip>
+#include <optional>
 #include <sstream>
 #include <system_error>
 
@@ -30,6 +33,26 @@ std::string read_all(int fd) {
   return text;
 }
 
+// Nothing that a test runs sees the user's own state, and shells find the programs by their names.
+class OwnState : public testing::Environment {
+  void SetUp() override {
+    folder_.emplace();
+    setenv("VEK_STATE", folder_->path().c_str(), 1);
+    const char* path = getenv("PATH");
+    setenv("PATH", (std::string(VEK_FOLDER ":") + (path == nullptr ? "/usr/bin:/bin" : path)).c_str(), 1);
+  }
+  void TearDown() override { folder_.reset(); }
+
+  std::optional<TempFolder> folder_;
+};
+[[maybe_unused]] const auto* const own_state = testing::AddGlobalTestEnvironment(new OwnState);
+
+// Whether a setting ("NAME=value") is of the same name as one of the others.
+bool is_among(const std::vector<std::string>& settings, const std::string& setting) {
+  const std::string name = setting.substr(0, setting.find('=') + 1);
+  return std::ranges::any_of(settings, [&](const std::string& each) { return each.starts_with(name); });
+}
+
 }  // namespace
 
 RunResult run(const std::vector<std::string>& argv, const std::vector<std::string>& extra_env) {
@@ -38,7 +61,9 @@ RunResult run(const std::vector<std::string>& argv, const std::vector<std::strin
   words.push_back(nullptr);
   std::vector<char*> env;
   for (const std::string& setting : extra_env) env.push_back(const_cast<char*>(setting.c_str()));
-  for (char** setting = environ; *setting != nullptr; ++setting) env.push_back(*setting);
+  for (char** setting = environ; *setting != nullptr; ++setting) {
+    if (!is_among(extra_env, *setting)) env.push_back(*setting);
+  }
   env.push_back(nullptr);
 
   int out[2];

@@ -12,7 +12,8 @@ struct RunResult {
   int status = 0;  // exit status, or 128 and the signal that ended it
 };
 
-// argv[0] is the program's path. extra_env ("NAME=value") comes on top of this process's environment.
+// argv[0] is the program's path. extra_env ("NAME=value") takes the place of what this process's environment
+// says.
 RunResult run(const std::vector<std::string>& argv, const std::vector<std::string>& extra_env = {});
 
 // Words that are separated by blanks, each unfolded; one that is empty or has blanks inside stands in ''.

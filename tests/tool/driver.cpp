@@ -85,7 +85,7 @@ Outcome vek(const std::string& words, const Given& given) {
   script << given.script << std::flush;
   std::vector<std::string> env = {"VEK_SCRIPT=" + folder.file("script"), "VEK_LOG=" + folder.file("log")};
   // The static programs have the scripted library inside.
-  if (getenv("VEK_TEST_BINARY") == nullptr) env.push_back("LD_PRELOAD=" VEK_SCRIPTED_LIBRARY);
+  if (getenv("VEK_TEST_BINARY") == nullptr) env.push_back("LD_LIBRARY_PATH=" VEK_SCRIPTED_FOLDER);
   std::vector<std::string> argv;
   if (!given.shell.empty()) argv = {"/bin/sh", "-c", given.shell, "sh"};
   const std::string runner = setting("VEK_TEST_RUNNER", "");

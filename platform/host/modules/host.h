@@ -21,8 +21,9 @@ std::vector<HostAddress> known_addresses(Store& store, const HostAddress& host);
 
 // A run counter that only packets would move, or a limit of the machine; kept as a setting of the module.
 struct HostCounter {
+  using Field = uint32_t HostRunInfo::*;
   const char* name;
-  uint32_t HostRunInfo::*field;
+  Field field;
   uint32_t at_first;
 };
 constexpr HostCounter kHostCounters[] = {

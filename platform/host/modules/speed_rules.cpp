@@ -170,13 +170,11 @@ constexpr Command kCommands[] = {
     {kQosRuleList, kReads, run_as<list_rules>},
 };
 
-// The IPv4 ranges with which a rule's lists begin.
+// The IPv4 ranges with which the lists behind a rule begin.
 template <typename Rule>
-std::vector<V4Range> ranges_of(const std::vector<uint8_t>& record, uint16_t Rule::*count) {
-  Rule rule;
-  memcpy(&rule, record.data(), sizeof rule);
-  std::vector<V4Range> ranges(rule.*count);
-  memcpy(ranges.data(), record.data() + sizeof rule, ranges.size() * sizeof(V4Range));
+std::vector<V4Range> ranges_behind(const Rule&, uint16_t count, const std::vector<uint8_t>& record) {
+  std::vector<V4Range> ranges(count);
+  memcpy(ranges.data(), record.data() + sizeof(Rule), ranges.size() * sizeof(V4Range));
   return ranges;
 }
 
@@ -193,8 +191,8 @@ SpeedLimits::SpeedLimits(Store& store) {
     speed.read(record);
     SpeedRule rule;
     memcpy(&rule, record.data(), sizeof rule);
-    limits_.push_back(
-        {ranges_of(record, &SpeedRule::range_count), as_limit(rule.up.value()), as_limit(rule.down.value())});
+    limits_.push_back({ranges_behind(rule, rule.range_count, record), as_limit(rule.up.value()),
+                       as_limit(rule.down.value())});
   }
   Statement priority =
       store.query("SELECT record FROM priority_rule WHERE kind = ? ORDER BY run_prio, id", kSpeedLimited);
@@ -204,7 +202,7 @@ SpeedLimits::SpeedLimits(Store& store) {
     memcpy(&rule, record.data(), sizeof rule);
     if (rule.type != kHostRanges) continue;
     limits_.push_back(
-        {ranges_of(record, &PriorityRule::address_count), as_limit(rule.up), as_limit(rule.down)});
+        {ranges_behind(rule, rule.address_count, record), as_limit(rule.up), as_limit(rule.down)});
   }
 }
 

@@ -4,6 +4,7 @@
 #include <arpa/inet.h>
 #include <sqlite3.h>
 
+#include <concepts>
 #include <cstdint>
 #include <cstring>
 #include <exception>
@@ -132,9 +133,10 @@ class Statement {
     check(sqlite3_bind_blob64(statement_, index, bytes.data(), bytes.size(), SQLITE_TRANSIENT));
   }
 
-  template <typename Number>
-  requires std::is_integral_v<Number>
-  void get(int column, Number& value) const { value = get_number<Number>(column); }
+  template <std::integral Number>
+  void get(int column, Number& value) const {
+    value = get_number<Number>(column);
+  }
   template <typename Number>
   Number get_number(int column) const {
     return static_cast<Number>(sqlite3_column_int64(statement_, column));
