@@ -21,8 +21,9 @@ namespace {
 using nlohmann::json;
 
 // One that builds on another comes behind it.
-constexpr const Section* kSections[] = {&kHostsSection, &kThirdSection,    &kCountersSection,
-                                        &kLinesSection, &kAccountsSection, &kRulesSection};
+constexpr const Section* kSections[] = {&kHostsSection, &kThirdSection,       &kCountersSection,
+                                        &kLinesSection, &kAccountsSection,    &kRulesSection,
+                                        &kPppoeSection, &kPppoeBridgeSection, &kPppFastSection};
 
 void clear(Store& store) {
   for (const Section* section : kSections) section->clear(store);

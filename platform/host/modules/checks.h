@@ -41,6 +41,11 @@ inline bool is_host_ip(const Ip4& ip) {
   return first_byte != 0 && first_byte != 127 && first_byte < 224;
 }
 
+inline bool is_mask(const Ip4& mask) {
+  const uint32_t host_bits = ~ntohl(mask.value);
+  return (host_bits & (host_bits + 1)) == 0;
+}
+
 // For a range that ends before it starts: it was given so, or it stands for an item that was not understood.
 template <typename Range>
 [[noreturn]] void refuse_range(const Range& range, Result not_understood) {

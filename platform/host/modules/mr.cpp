@@ -159,8 +159,7 @@ void get_mode(Store& store, LineMode& mode) {
 // One side of a route: both zero for any address. An address or a mask that was not understood came in as
 // zero, and would make the route one for other hosts.
 void check_net(Ip4 address, Ip4 mask) {
-  const uint32_t host_bits = ~ntohl(mask.value);
-  refuse_unless((host_bits & (host_bits + 1)) == 0 && (mask.value != 0 || address.value == 0), kBadMask);
+  refuse_unless(is_mask(mask) && (mask.value != 0 || address.value == 0), kBadMask);
   refuse_unless(address.value != 0 || mask.value == 0, kBadAddress);
 }
 
