@@ -12,6 +12,7 @@ enum DevCommand : uint32_t {
   kDevGet = 3,
   kDevSet = 4,
   kDevList = 5,
+  kDevPppoe = 6,
   kDevLan = 7,
   kDevWan = 8,
   kDevRead = 9,
@@ -66,3 +67,19 @@ struct DevStat {
 };
 static_assert(sizeof(DevStat) == 64 && offsetof(DevStat, rx_broadcast) == 16);
 static_assert(is_described<DevStat>());
+
+// Whether an interface takes PPPoE clients.
+struct DevPppoe {
+  enum Mode : uint32_t { kSet = 1, kGet = 2 };
+
+  uint32_t mode;  // Mode
+  char dev[16];
+  uint32_t en;
+  uint32_t only;  // takes no other hosts
+
+  static constexpr void each_field(auto& r, auto&& field) {
+    field("mode", r.mode), field("dev", r.dev), field("en", r.en), field("only", r.only);
+  }
+};
+static_assert(sizeof(DevPppoe) == 28 && offsetof(DevPppoe, en) == 20);
+static_assert(is_described<DevPppoe>());

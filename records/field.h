@@ -36,11 +36,12 @@ struct Mac {
   bool operator==(const Mac&) const = default;
 };
 
-// A port in network byte order.
-struct Port {
+// A number in network byte order: a port, or what a packet's header has.
+struct Net16 {
   uint16_t value;
-  bool operator==(const Port&) const = default;
+  bool operator==(const Net16&) const = default;
 };
+using Port = Net16;
 
 // A word of bits of which those below kCount are told apart.
 template <typename Word, int kCount>

@@ -7,6 +7,7 @@ constexpr uint32_t kModuleGeneral = 1;
 constexpr uint32_t kModuleDevmg = 2;
 constexpr uint32_t kModuleArp = 3;
 constexpr uint32_t kModuleFlush = 7;
+constexpr uint32_t kModulePppoe = 9;
 constexpr uint32_t kModuleMr = 10;
 constexpr uint32_t kModuleRule = 11;
 constexpr uint32_t kModuleHost = 13;
@@ -15,6 +16,8 @@ constexpr uint32_t kModuleUser = 16;
 constexpr uint32_t kModuleBbsFilter = 35;
 constexpr uint32_t kModulePostfixFilter = 36;
 constexpr uint32_t kModulePostForbid = 37;
+constexpr uint32_t kModulePppoeBridge = 41;
+constexpr uint32_t kModulePppFast = 45;
 constexpr uint32_t kModuleMacUser = 62;
 constexpr uint32_t kModuleUrlFilter = 82;
 

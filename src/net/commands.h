@@ -6,3 +6,7 @@
 int cmd_devmg(int argc, char** argv, const CommandEntry* entry);
 int cmd_arp(int argc, char** argv, const CommandEntry* entry);
 int cmd_mr(int argc, char** argv, const CommandEntry* entry);
+int cmd_pppoe(int argc, char** argv, const CommandEntry* entry);
+int cmd_pppoe_group(int argc, char** argv, const CommandEntry* entry);
+int cmd_pppoe_br(int argc, char** argv, const CommandEntry* entry);
+int cmd_ppp_fast(int argc, char** argv, const CommandEntry* entry);

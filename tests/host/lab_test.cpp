@@ -26,11 +26,13 @@ class Lab : public HostTest {
 
 TEST_F(Lab, TheOfficeIsLoadedAndReset) {
   for (int i = 0; i < 2; ++i) ASSERT_EQ(run({VEK_LAB, "load", VEK_OFFICE}).err, "");
-  EXPECT_EQ(shown(), "hosts: 12\nthird: 2\ncounters: 6\nlines: 2\naccounts: 2\nrules: 0\n");
+  EXPECT_EQ(shown(),
+            "hosts: 12\nthird: 2\ncounters: 6\nlines: 2\naccounts: 2\nrules: 0\npppoe: 2\npppoe_br: "
+            "2\nppp_fast: 1\n");
   holds("hi ai_list", {"vek_out_id:0,", "vek_out_id:1,"});
   holds("mr list", {"\nwanid:0 ", "\nwanid:1 "});
   shows("user stat accounts", "up:9216K down:86016K \n  ok\n");
-  holds("user list", {"pppoe  ddate=2051222400 zup=8192 zdown=62464 login_num=0"});
+  holds("user list", {"pppoe  ddate=2051222400 zup=8192 zdown=62464 login_num=1"});
   // Whatever orders have made of it, it can be loaded again.
   ok({"rule mroute add out 3 0 1 0 0 '' '' '' 0", "devmg landev wan1"});
   ASSERT_EQ(run({VEK_LAB, "load", VEK_OFFICE}).err, "");
@@ -40,7 +42,9 @@ TEST_F(Lab, TheOfficeIsLoadedAndReset) {
   EXPECT_EQ(run({VEK_LAB, "hosts", "5"}).status, 0);
   EXPECT_TRUE(shown().starts_with("hosts: 5\nthird: 0\n"));
   reset();
-  EXPECT_EQ(shown(), "hosts: 0\nthird: 0\ncounters: 0\nlines: 0\naccounts: 0\nrules: 0\n");
+  EXPECT_EQ(shown(),
+            "hosts: 0\nthird: 0\ncounters: 0\nlines: 0\naccounts: 0\nrules: 0\npppoe: 0\npppoe_br: "
+            "0\nppp_fast: 0\n");
   shows("user list", "num: 0\n\n");
 }
 
@@ -111,7 +115,7 @@ TEST_F(Lab, RulesHaveTheirHitsUntilReset) {
   refuses("rules", R"({"all": 1, "video": 7})", "/video: no such routing rule");
   refuses("rules", R"({"all": -1})", "/all: a whole number from 0 to 9223372036854775807 is wanted");
   holds("rule mroute hit", {"all                  0\nvoip                 9000000000\n"});
-  EXPECT_TRUE(shown().ends_with("rules: 1\n"));
+  EXPECT_TRUE(shown().find("rules: 1\n") != std::string::npos);
   reset();
   holds("rule mroute hit", {"all                  0\nvoip                 0\n"});
 }

@@ -19,3 +19,6 @@ extern const Section kLinesSection;
 extern const Section kAccountsSection;
 extern const Section kRulesSection;
 extern const Section kTypesSection;
+extern const Section kPppoeSection;
+extern const Section kPppoeBridgeSection;
+extern const Section kPppFastSection;

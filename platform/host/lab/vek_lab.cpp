@@ -21,8 +21,20 @@ namespace {
 using nlohmann::json;
 
 // One that builds on another comes behind it.
-constexpr const Section* kSections[] = {&kHostsSection,    &kThirdSection, &kCountersSection, &kLinesSection,
-                                        &kAccountsSection, &kRulesSection, &kTypesSection};
+// clang-format off
+constexpr const Section* kSections[] = {
+    &kHostsSection,
+    &kThirdSection,
+    &kCountersSection,
+    &kLinesSection,
+    &kAccountsSection,
+    &kRulesSection,
+    &kTypesSection,
+    &kPppoeSection,
+    &kPppoeBridgeSection,
+    &kPppFastSection,
+};
+// clang-format on
 
 void clear(Store& store) {
   for (const Section* section : kSections) section->clear(store);

@@ -42,9 +42,12 @@ inline bool is_host_ip(const Ip4& ip) {
 }
 
 // Leading one bits and nothing else.
-inline void check_mask(const Ip4& mask) {
+inline bool is_mask(const Ip4& mask) {
   const uint32_t host_bits = ~ntohl(mask.value);
-  refuse_unless((host_bits & (host_bits + 1)) == 0, kBadMask);
+  return (host_bits & (host_bits + 1)) == 0;
+}
+inline void check_mask(const Ip4& mask) {
+  refuse_unless(is_mask(mask), kBadMask);
 }
 
 // For a range that ends before it starts: it was given so, or it stands for an item that was not understood.

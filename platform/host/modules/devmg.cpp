@@ -136,6 +136,20 @@ void stat(Store& store, DevStat& stat) {
   stat.tx_unicast = counters.tx_packets;
 }
 
+// Whether an interface takes PPPoE clients, and nobody else.
+void pppoe(Store& store, DevPppoe& pppoe) {
+  require_interface(store, text(pppoe.dev));
+  if (pppoe.mode == DevPppoe::kSet) {
+    check_switch(pppoe.en);
+    check_switch(pppoe.only);
+    store.execute("UPDATE interface SET pppoe_en = :en, pppoe_only = :only WHERE dev = :dev", pppoe);
+    return;
+  }
+  refuse_unless(pppoe.mode == DevPppoe::kGet, kBadMode);
+  Statement row = store.query("SELECT pppoe_en, pppoe_only FROM interface WHERE dev = ?", pppoe.dev);
+  if (row.next()) row.read(pppoe.en, pppoe.only);
+}
+
 constexpr const char* kSchema[] = {R"(
 CREATE TABLE interface (
   dev_id INTEGER PRIMARY KEY,
@@ -145,7 +159,10 @@ CREATE TABLE interface (
   jb_en INTEGER NOT NULL DEFAULT 0,
   wk_mode INTEGER NOT NULL DEFAULT 0,
   isp INTEGER NOT NULL DEFAULT 0
-))"};
+))",
+                                   R"(
+ALTER TABLE interface ADD COLUMN pppoe_en INTEGER NOT NULL DEFAULT 0;
+ALTER TABLE interface ADD COLUMN pppoe_only INTEGER NOT NULL DEFAULT 0)"};
 
 constexpr Command kCommands[] = {
     {kDevAdd, kWrites, run_as<add>},          {kDevDel, kWrites, run_as<del>},
@@ -153,6 +170,7 @@ constexpr Command kCommands[] = {
     {kDevList, kReads, run_as<list>},         {kDevLan, kWrites, run_as<mark_lan>},
     {kDevWan, kWrites, run_as<mark_wan>},     {kDevRead, kWrites, run_as<read_machine>},
     {kDevWanDone, kWrites, run_as<wan_done>}, {kDevStat, kReads, run_as<stat>},
+    {kDevPppoe, kWrites, run_as<pppoe>},
 };
 
 }  // namespace

@@ -15,6 +15,7 @@ constexpr const Module* kModules[] = {
     &kDevmgModule,
     &kArpModule,
     &kFlushModule,
+    &kPppoeModule,
     &kMrModule,
     &kRuleModule,
     &kHostModule,
@@ -24,6 +25,8 @@ constexpr const Module* kModules[] = {
     &kBbsFilterModule,
     &kPostfixFilterModule,
     &kPostForbidModule,
+    &kPppoeBridgeModule,
+    &kPppFastModule,
     &kMacUserModule,
     &kUrlFilterModule,
 };

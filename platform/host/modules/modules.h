@@ -9,6 +9,7 @@ extern const Module kGeneralModule;
 extern const Module kDevmgModule;
 extern const Module kArpModule;
 extern const Module kFlushModule;
+extern const Module kPppoeModule;
 extern const Module kMrModule;
 extern const Module kRuleModule;
 extern const Module kHostModule;
@@ -18,6 +19,8 @@ extern const Module kUserModule;
 extern const Module kBbsFilterModule;
 extern const Module kPostfixFilterModule;
 extern const Module kPostForbidModule;
+extern const Module kPppoeBridgeModule;
+extern const Module kPppFastModule;
 extern const Module kMacUserModule;
 extern const Module kUrlFilterModule;
 
