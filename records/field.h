@@ -41,6 +41,12 @@ struct Port {
   bool operator==(const Port&) const = default;
 };
 
+// An identification number in network byte order.
+struct NetworkId {
+  uint32_t value;
+  bool operator==(const NetworkId&) const = default;
+};
+
 // A word of bits of which those below kCount are told apart.
 template <typename Word, int kCount>
 struct Bits {

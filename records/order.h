@@ -13,6 +13,7 @@ constexpr uint32_t kModuleHost = 13;
 constexpr uint32_t kModuleQos = 14;
 constexpr uint32_t kModuleUser = 16;
 constexpr uint32_t kModuleMacUser = 62;
+constexpr uint32_t kModuleAudit = 69;
 
 // All header fields are in the machine's byte order.
 struct OrderRecord {
