@@ -18,3 +18,4 @@ extern const Section kCountersSection;
 extern const Section kLinesSection;
 extern const Section kAccountsSection;
 extern const Section kRulesSection;
+extern const Section kAuditSection;

@@ -10,6 +10,7 @@
 #include <iterator>
 #include <new>
 
+#include "lab/audit_listen.h"
 #include "lab/hosts.h"
 #include "lab/made_hosts.h"
 #include "lab/sections.h"
@@ -21,8 +22,8 @@ namespace {
 using nlohmann::json;
 
 // One that builds on another comes behind it.
-constexpr const Section* kSections[] = {&kHostsSection, &kThirdSection,    &kCountersSection,
-                                        &kLinesSection, &kAccountsSection, &kRulesSection};
+constexpr const Section* kSections[] = {&kHostsSection,    &kThirdSection, &kCountersSection, &kLinesSection,
+                                        &kAccountsSection, &kRulesSection, &kAuditSection};
 
 void clear(Store& store) {
   for (const Section* section : kSections) section->clear(store);
@@ -112,8 +113,11 @@ struct Action {
   void (*run)(const char* argument);
 };
 
-constexpr Action kActions[] = {
-    {"load", 1, load}, {"reset", 0, reset}, {"show", 0, show}, {"hosts", 1, make_hosts}};
+constexpr Action kActions[] = {{"load", 1, load},
+                               {"reset", 0, reset},
+                               {"show", 0, show},
+                               {"hosts", 1, make_hosts},
+                               {"audit-listen", 0, audit_listen}};
 
 // Nothing ends here but what needs memory where it cannot be refused: throwing, and letting go of JSON.
 [[noreturn]] void end() {
@@ -138,6 +142,6 @@ int main(int argc, char** argv) {
     }
     return 1;
   }
-  fputs("vek-lab load FILE\nvek-lab reset\nvek-lab show\nvek-lab hosts N\n", stderr);
+  fputs("vek-lab load FILE\nvek-lab reset\nvek-lab show\nvek-lab hosts N\nvek-lab audit-listen\n", stderr);
   return 1;
 }

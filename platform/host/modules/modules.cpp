@@ -21,6 +21,7 @@ constexpr const Module* kModules[] = {
     &kQosModule,
     &kUserModule,
     &kMacUserModule,
+    &kAuditModule,
 };
 // clang-format on
 

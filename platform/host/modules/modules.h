@@ -15,6 +15,7 @@ extern const Module kHostModule;
 extern const Module kQosModule;
 extern const Module kUserModule;
 extern const Module kMacUserModule;
+extern const Module kAuditModule;
 
 std::span<const Module* const> all_modules();
 
