@@ -1,9 +1,9 @@
 // What the audit has seen in a scenario. Records are told by their fields and by the texts behind them;
 // "age" is how many seconds ago it was.
 #include "modules/audit.h"
+#include "state/time.h"
 
 #include <algorithm>
-#include <ctime>
 #include <map>
 #include <utility>
 
@@ -86,7 +86,7 @@ void load_record(Store& store, const Node& node) {
     return name == "age" || read_text(name, value, record, texts);
   };
   read_record(node, record, {"mac", std::is_same_v<Record, AuditDns> ? "nat_ip" : "ip"}, read_other);
-  const auto present = static_cast<uint64_t>(time(nullptr));
+  const uint64_t present = calendar_seconds();
   const uint64_t tm = present - std::min(age, present);
   set_time(record, tm);
   add_audit_record(store, command, type, host_of(record), tm, bytes_of(record, texts));
