@@ -43,6 +43,12 @@ struct Net16 {
 };
 using Port = Net16;
 
+// An identification number in network byte order.
+struct NetworkId {
+  uint32_t value;
+  bool operator==(const NetworkId&) const = default;
+};
+
 // A word of bits of which those below kCount are told apart.
 template <typename Word, int kCount>
 struct Bits {

@@ -19,6 +19,7 @@ constexpr uint32_t kModulePostForbid = 37;
 constexpr uint32_t kModulePppoeBridge = 41;
 constexpr uint32_t kModulePppFast = 45;
 constexpr uint32_t kModuleMacUser = 62;
+constexpr uint32_t kModuleAudit = 69;
 constexpr uint32_t kModuleUrlFilter = 82;
 
 // All header fields are in the machine's byte order.

@@ -4,6 +4,7 @@
 #include <cstring>
 
 #include "args/print.h"
+#include "audit/commands.h"
 #include "auth/commands.h"
 #include "net/commands.h"
 #include "order/commands.h"
@@ -134,8 +135,8 @@ constexpr CommandEntry kCommandTable[] = {
     {"dns_more", cmd_usage_only, "hitype dnswan dnstype dnstype_item dnswan_rule opt dnsips dnssb"},
     {"dns_more_check", cmd_usage_only, "restart"},
     {"usblog", nullptr, "save"},
-    {"sj", nullptr, "set/get en[0/1] info_en ct_num url_num qq_num mail_num bbs_num"},
-    {"sj2", nullptr,
+    {"sj", cmd_sj, "set/get en[0/1] info_en ct_num url_num qq_num mail_num bbs_num"},
+    {"sj2", cmd_sj2,
      "set/get en[0/1] ct_num qq_num mail_num httpget_num post_num post_len\n"
      " httpget_info\n"
      " post_info_get\n"

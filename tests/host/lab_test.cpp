@@ -27,8 +27,8 @@ class Lab : public HostTest {
 TEST_F(Lab, TheOfficeIsLoadedAndReset) {
   for (int i = 0; i < 2; ++i) ASSERT_EQ(run({VEK_LAB, "load", VEK_OFFICE}).err, "");
   EXPECT_EQ(shown(),
-            "hosts: 12\nthird: 2\ncounters: 6\nlines: 2\naccounts: 2\nrules: 0\npppoe: 2\npppoe_br: "
-            "2\nppp_fast: 1\n");
+            "hosts: 12\nthird: 2\ncounters: 6\nlines: 2\naccounts: 2\nrules: 0\ntypes: 0\n"
+            "pppoe: 2\npppoe_br: 2\nppp_fast: 1\naudit: 18\n");
   holds("hi ai_list", {"vek_out_id:0,", "vek_out_id:1,"});
   holds("mr list", {"\nwanid:0 ", "\nwanid:1 "});
   shows("user stat accounts", "up:9216K down:86016K \n  ok\n");

@@ -1,8 +1,11 @@
 // The other functions of the scripted platform library: each logs its call and answers what it is told to.
+#include <fcntl.h>
+
 #include <cstdio>
 #include <cstring>
 
 #include "platform/auth.h"
+#include "platform/file.h"
 #include "platform/line.h"
 #include "platform/nvram.h"
 #include "platform/snmp.h"
@@ -105,6 +108,12 @@ Text tvl_vpnget(Text name, Number index) {
   log_call({__func__, name, index});
   static char key[1024];
   return next_text(__func__, key);
+}
+
+// Done for real: what is sent is received by the tests.
+int setnonblocking(int descriptor) {
+  log_call({__func__});
+  return fcntl(descriptor, F_SETFL, O_NONBLOCK);
 }
 
 int snmp_get_mac_by_ipstr(Text community, Text peer, Text ip, void* mac) {

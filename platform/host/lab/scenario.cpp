@@ -34,6 +34,10 @@ void read_value(const Node& value, Port& field) {
   field.value = htons(static_cast<uint16_t>(value.number(0, UINT16_MAX)));
 }
 
+void read_value(const Node& value, NetworkId& field) {
+  field.value = htonl(static_cast<uint32_t>(value.number(0, UINT32_MAX)));
+}
+
 void read_value(const Node& value, Mac& field) {
   if (StrToMac(value.text(32).c_str(), &field) != 0) value.fail("no MAC address");
 }

@@ -76,6 +76,7 @@ void read_value(const Node& value, Unaligned<Number>& field) {
   field = number;
 }
 void read_value(const Node& value, Port& field);
+void read_value(const Node& value, NetworkId& field);
 void read_value(const Node& value, Mac& field);
 void read_value(const Node& value, Ip4& field);
 void read_value(const Node& value, IpAddress& field);

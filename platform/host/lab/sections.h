@@ -22,3 +22,4 @@ extern const Section kTypesSection;
 extern const Section kPppoeSection;
 extern const Section kPppoeBridgeSection;
 extern const Section kPppFastSection;
+extern const Section kAuditSection;

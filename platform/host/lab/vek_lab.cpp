@@ -10,6 +10,7 @@
 #include <iterator>
 #include <new>
 
+#include "lab/audit_listen.h"
 #include "lab/hosts.h"
 #include "lab/made_hosts.h"
 #include "lab/sections.h"
@@ -33,6 +34,7 @@ constexpr const Section* kSections[] = {
     &kPppoeSection,
     &kPppoeBridgeSection,
     &kPppFastSection,
+    &kAuditSection,
 };
 // clang-format on
 
@@ -124,8 +126,11 @@ struct Action {
   void (*run)(const char* argument);
 };
 
-constexpr Action kActions[] = {
-    {"load", 1, load}, {"reset", 0, reset}, {"show", 0, show}, {"hosts", 1, make_hosts}};
+constexpr Action kActions[] = {{"load", 1, load},
+                               {"reset", 0, reset},
+                               {"show", 0, show},
+                               {"hosts", 1, make_hosts},
+                               {"audit-listen", 0, audit_listen}};
 
 // Nothing ends here but what needs memory where it cannot be refused: throwing, and letting go of JSON.
 [[noreturn]] void end() {
@@ -150,6 +155,6 @@ int main(int argc, char** argv) {
     }
     return 1;
   }
-  fputs("vek-lab load FILE\nvek-lab reset\nvek-lab show\nvek-lab hosts N\n", stderr);
+  fputs("vek-lab load FILE\nvek-lab reset\nvek-lab show\nvek-lab hosts N\nvek-lab audit-listen\n", stderr);
   return 1;
 }

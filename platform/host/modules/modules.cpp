@@ -28,6 +28,7 @@ constexpr const Module* kModules[] = {
     &kPppoeBridgeModule,
     &kPppFastModule,
     &kMacUserModule,
+    &kAuditModule,
     &kUrlFilterModule,
 };
 // clang-format on

@@ -22,6 +22,7 @@ extern const Module kPostForbidModule;
 extern const Module kPppoeBridgeModule;
 extern const Module kPppFastModule;
 extern const Module kMacUserModule;
+extern const Module kAuditModule;
 extern const Module kUrlFilterModule;
 
 std::span<const Module* const> all_modules();
