@@ -17,11 +17,11 @@ int main(int argc, char** argv) {
   const auto start = std::chrono::steady_clock::now();
   for (int round = 0; round < kRounds; ++round) {
     for (const HostEntry& host : hosts) {
-      IpaddrToStr(text, host.ip);
-      IpToStr(text, host.arp_ip);
-      IpToStr(text, host.local_ip);
-      MacToStr(text, host.local_mac);
-      MacToStr(text, host.real_mac);
+      IpaddrToStr(text, &host.ip);
+      IpToStr(text, host.arp_ip.value);
+      IpToStr(text, host.local_ip.value);
+      MacToStr(text, &host.local_mac);
+      MacToStr(text, &host.real_mac);
     }
   }
   const std::chrono::duration<double, std::micro> time = std::chrono::steady_clock::now() - start;

@@ -26,8 +26,8 @@ struct Argument<T> {
 
 template <>
 struct Argument<std::string_view> {
-  char room[2048] = {};
-  explicit Argument(std::string_view text) { text.copy(room, sizeof room - 1); }
+  char room[2048];
+  explicit Argument(std::string_view text) { room[text.copy(room, sizeof room - 1)] = '\0'; }
   const char* get() const { return room; }
 };
 
