@@ -43,7 +43,7 @@ TEST_F(Lab, TheOfficeIsLoadedAndReset) {
   EXPECT_TRUE(shown().starts_with("hosts: 5\nthird: 0\n"));
   reset();
   EXPECT_EQ(shown(),
-            "hosts: 0\nthird: 0\ncounters: 0\nlines: 0\naccounts: 0\nrules: 0\npppoe: 0\npppoe_br: "
+            "hosts: 0\nthird: 0\ncounters: 0\nlines: 0\naccounts: 0\nrules: 0\ntypes: 0\npppoe: 0\npppoe_br: "
             "0\nppp_fast: 0\n");
   shows("user list", "num: 0\n\n");
 }

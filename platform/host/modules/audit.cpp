@@ -253,7 +253,7 @@ void report(Store& store, const std::string& what, bool (*is_of_it)(const Kind& 
         std::string(" ") + kind.name + " " + std::to_string(count) + "/" + std::to_string(kind.most) + ",";
     bytes += its_bytes;
   }
-  store_error_info(store, kModuleAudit, text + " " + std::to_string(bytes) + " bytes");
+  store_report(store, kModuleAudit, text + " " + std::to_string(bytes) + " bytes");
 }
 
 void pool_show(Store& store) {
@@ -266,7 +266,7 @@ void memory(Store& store) {
 
 // The notices have gone to the listener by themselves.
 void debug(Store& store, const AuditDebug& request) {
-  store_error_info(store, kModuleAudit, "audit debug: " + std::to_string(request.num) + " test notices");
+  store_report(store, kModuleAudit, "audit debug: " + std::to_string(request.num) + " test notices");
 }
 
 void forget(Store& store) { store.execute("DELETE FROM audit_record"); }
