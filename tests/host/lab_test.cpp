@@ -94,16 +94,41 @@ TEST_F(Lab, AccountsHaveTheirFactsUntilReset) {
          "i:0,ip:10.0.0.2,mac:02:00:00:00:00:02,flags:0x00000040\n");
   EXPECT_EQ(vek("rzglapi getonline ip 10.0.0.2").out,
             R"({"ip":"10.0.0.2","mac":"02:00:00:00:00:02","up":"1","down":"2","send":"3","recv":"4"})");
-  refuses("accounts", R"([{"name": "a"}, {"name": "a"}])", "/1: a second account of this name");
+  refuses("accounts", R"([{"name": "a", "web": 1}, {"name": "a"}])", "/1: a second account of this name");
   refuses("accounts", R"([{"name": ""}])", "/0: bad name");
   const std::string mac = R"("mac": "02:00:00:00:00:02")";
   for (const std::string& key : {std::string(R"("ip": "10.0.0.9")"), R"("ip": "10.0.0.8", )" + mac}) {
-    refuses("accounts", R"([{"name": "a", "sessions": [{"ip": "10.0.0.9", )" + mac + "}, {" + key + "}]}]",
+    refuses("accounts",
+            R"([{"name": "a", "web": 1, "sessions": [{"ip": "10.0.0.9", )" + mac + "}, {" + key + "}]}]",
             "/0/sessions/1: the host is logged in already");
   }
+  refuses("accounts", R"([{"name": "a", "web": 1, "sessions": [{}]}])",
+          R"(/0/sessions/0: neither "ip" nor "mac")");
   shows("user list", loaded);
   reset();
   shows("user list", before);
+}
+
+TEST_F(Lab, WhatOrdersHaveDoneStopsNoSecondLoad) {
+  const std::string scenario =
+      R"({"hosts": [{"ip": "10.0.0.2", "local_mac": "02:00:00:00:00:02"}], "accounts": [{"name": "a", "web": 1,
+          "sessions": [{"ip": "10.0.0.2"}, {"ip": "10.0.0.3"}, {"mac": "02:00:00:00:00:04"}]}]})";
+  load(scenario);
+  const std::string again = "user add a pw 1 next next web 0 mine 1 2 dl 0";
+  ok({again, "user del a", again});
+  for (const char* login : {"ip 10.0.0.2 0 a", "mac 02:00:00:00:00:04 0"}) {
+    shows(std::string("rzglapi login ") + login, R"({"ret":"0"})", 1);
+  }
+  vek("hi redirct_flag set 10.0.0.2 7");
+  for (int i = 0; i < 2; ++i) {
+    reset();
+    load(scenario);
+    ok({again});  // from now on it stays after a reset
+  }
+  holds("user list", {"login_num=3 ", " mem=mine\n"});
+  shows("hi redirct_flag get 10.0.0.2", "ip:10.0.0.2,flag:0\n");
+  reset();
+  holds("user list", {"num: 1\n", "login_num=0 "});
 }
 
 TEST_F(Lab, RulesHaveTheirHitsUntilReset) {

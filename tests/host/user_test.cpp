@@ -44,8 +44,15 @@ TEST_F(Users, AccountsAreKept) {
          " userid=1 mem=a memo\n\nname=carl pwd=pw gid=1 mod_pwd=0 state=0x58 ip=0.0.0.0 -0.0.0.0 \n",
          " speed up=1 down=2 mode=dl nip nmac web ", " login_num=0 userid=3 mem=memo\n\n\n"});
   refused("unknown user", {"user del bob", "user stat bob", "user name_info bob", "user lock x 0 bob 1"});
-  refused("bad address", {"user add dora pw 1 next 01:00:5e:00:00:01 web 0 memo 1 2 dl 0"});
-  refused("control character in a text", {"user add a\x01 pw 1 next next web 0 memo 1 2 dl 0"});
+  const std::string rest = " 0 memo 1 2 dl 0";
+  refused("bad MAC address", {"user add dora pw 1 next 01:00:5e:00:00:01 web" + rest,
+                              "user add dora pw 1 next 02:00 web" + rest});
+  refused("bad address", {"user add dora pw 1 10.0.0.x next web" + rest,
+                          "user add dora pw 1 0.0.0.0-10.0.0.9 next web" + rest});
+  refused("unknown type", {"user add dora pw 1 next next wep" + rest});
+  refused("control character in a text",
+          {"user add a\x01 pw 1 next next web" + rest, "user add dora p\x7f 1 next next web" + rest,
+           "user add dora pw 1 next next web 0 m\x1b 1 2 dl 0"});
 
   sql("UPDATE account SET up_bytes = 5000000000, down_bytes = 1 << 50, ddate = 77 WHERE name = 'alice'");
   shows("user stat alice", "up:4882812K down:1099511627776K \n  ok\n");
@@ -139,9 +146,9 @@ TEST_F(Users, HostsLogInByAllThreeKeys) {
 
   done({"login ip 10.0.0.1 600", "login ip 10.0.0.2 0"});  // as long as logins are set to: for good
   done({"auth set 0 0 600 0", "login ip 10.0.0.3 0"});
-  sql("UPDATE session SET until = until - 500, send = 4");
+  sql("UPDATE session SET seconds = max(0, seconds - 500), send = 4");
   EXPECT_EQ(online(), 3);
-  sql("UPDATE session SET until = until - 100");
+  sql("UPDATE session SET since = 0, seconds = min(seconds, 1)");
   portal("getonline all", "[" + host("10.0.0.2", "", "4") + "]");
   failed({"checkonline ip 10.0.0.1", "logout ip 10.0.0.1"});
 }
@@ -168,8 +175,21 @@ TEST_F(Users, LogInOnlyAsTheirAccountsAllow) {
   done({"login mac 02:00:00:00:00:06 60", "black mac add 02:00:00:00:00:06"});
   failed({"checkonline mac 02:00:00:00:00:06", "login mac 02:00:00:00:00:06 60"});
 
-  ok({"user lock x 0 two 1"});
+  EXPECT_EQ(online(), 4);
+  add("any", "web,off");
+  EXPECT_EQ(online(), 3);
+  add("any", "web");
+  sql("UPDATE account SET ddate = 1 WHERE name = 'fix'");
   EXPECT_EQ(online(), 2);
+  sql("UPDATE account SET ddate = 0");
+  EXPECT_EQ(online(), 2);
+  add("two", "pppoe");
+  EXPECT_EQ(online(), 0);
+  add("two", "web");
+  done({"login ip 10.0.1.1 60 two", "login ip 10.0.0.9 60 fix"});
+
+  ok({"user lock x 0 two 1"});
+  EXPECT_EQ(online(), 1);
   failed({"login ip 10.0.1.1 60 two"});
   ok({"user lock x 0 two 0"});
   done({"login ip 10.0.1.1 60 two"});
@@ -178,15 +198,27 @@ TEST_F(Users, LogInOnlyAsTheirAccountsAllow) {
   EXPECT_EQ(online(), 0);
 }
 
+// The lab knows the addresses of the host.
+TEST_F(Users, AHostIsTheSameByBothOfItsAddresses) {
+  load(R"({"hosts": [{"ip": "10.0.0.2", "local_mac": "02:00:00:00:00:02"}]})");
+  add("one", "web", "1 next next");
+  add("fix", "web", "0 10.0.0.3 02:00:00:00:00:03");
+  failed({"login ip 10.0.0.2 60 fix", "login mac 02:00:00:00:00:02 60 fix"});
+  done({"login mac 02:00:00:00:00:02 60 one", "login ip 10.0.0.2 60 one"});
+  portal("getonline all", "[" + host("10.0.0.2", "") + "]");
+  done({"checkonline mac 02:00:00:00:00:02", "black mac add 02:00:00:00:00:02"});
+  EXPECT_EQ(online(), 0);
+  failed({"login ip 10.0.0.2 60 one", "login ipmac 10.0.0.2 02:00:00:00:00:07 60"});
+}
+
 TEST_F(Users, AreKickedByService) {
   add("bob", "web,pppoe");
   for (const std::string word : {"rd_down_all ", "down_all "}) {
     for (const auto& [type, left] : {std::pair("pppoe", 1), {"web", 1}, {"all", 0}}) {
       done({"login ip 10.0.0.1 60 bob"});
-      sql("INSERT INTO session (userid, service, ip, mac, until) VALUES (1, 32, 1, zeroblob(6), 1 << 40)");
+      load(R"({"accounts": [{"name": "bob", "sessions": [{"ip": "10.0.0.2", "pppoe": 1}]}]})");
       ok({"user " + word + type});
       EXPECT_EQ(online(), left) << word << type;
-      sql("DELETE FROM session");
     }
   }
   done({"login ip 10.0.0.1 60 bob"});
@@ -205,14 +237,13 @@ TEST_F(Users, MacsAreRemembered) {
         "logout mac 02:00:00:00:00:02"});
   // Who is on line was seen just now.
   const std::string bob = "mac:02:00:00:00:00:01,user:1,last:0 seconds,card_type:7\n";
-  sql("UPDATE mac_memory SET seen = seen - 50, card_type = 7");
+  sql("UPDATE mac_memory SET unseen = 50, card_type = 7");
   begins("macuser list", "mac list num:2\n" + bob + "mac:02:00:00:00:00:02,user:2,last:5");
-  sql("UPDATE mac_memory SET seen = seen - 60");
+  sql("UPDATE mac_memory SET unseen = 110");
+  ok({"macuser set 1 1000"});  // too late for whom the shorter time has let go
   shows("macuser list", "mac list num:1\n" + bob);
-  sql("UPDATE session SET until = unixepoch() - 200 WHERE ip <> 0");
-  shows("macuser list", "mac list num:0\n");
-  ok({"macuser set 1 0"});
-  begins("macuser list", "mac list num:2\n");
+  done({"login mac 02:00:00:00:00:02 60 eve", "logout mac 02:00:00:00:00:01"});
+  begins("macuser list", "mac list num:2\nmac:02:00:00:00:00:01,user:1,last:");
 
   ok({"macuser mac_del 02:00:00:00:00:01", "macuser id_del 2"});
   refused("no such entry", {"macuser mac_del 02:00:00:00:00:01", "macuser mac_del zz", "macuser id_del 2"});

@@ -132,7 +132,7 @@ bool is_in(Store& store, const NumberRange& groups, const IpAddress& host) {
   memcpy(&ip, host.bytes, sizeof ip);
   return host.family.value() == 4 &&
          store.number(
-             "SELECT count(*) FROM online JOIN account USING (userid) WHERE ip = ? AND gid BETWEEN ? AND ?",
+             "SELECT count(*) FROM session JOIN account USING (userid) WHERE ip = ? AND gid BETWEEN ? AND ?",
              ip, groups.first, groups.last) != 0;
 }
 
