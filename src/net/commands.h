@@ -6,3 +6,7 @@
 int cmd_devmg(int argc, char** argv, const CommandEntry* entry);
 int cmd_arp(int argc, char** argv, const CommandEntry* entry);
 int cmd_mr(int argc, char** argv, const CommandEntry* entry);
+int cmd_dhcp(int argc, char** argv, const CommandEntry* entry);
+int cmd_dhcp_reserve(int argc, char** argv, const CommandEntry* entry);
+int cmd_dhcp_not_assign(int argc, char** argv, const CommandEntry* entry);
+int cmd_dns(int argc, char** argv, const CommandEntry* entry);

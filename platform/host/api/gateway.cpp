@@ -9,6 +9,15 @@
 
 namespace {
 
+// What was ordered is done already, and stays so.
+void follow(const Module& module, Store& store) {
+  try {
+    module.follow(store);
+  } catch (const std::exception& error) {
+    fprintf(stderr, "vek: %s\n", error.what());
+  }
+}
+
 void handle(Order& order) {
   const Module* module = find_module(order.module());
   if (module == nullptr) throw Refusal{kUnknownModule};
@@ -18,6 +27,7 @@ void handle(Order& order) {
   Store store = open_state(command->access);
   command->run(store, order);
   store.commit();
+  if (command->access == kWrites && module->follow != nullptr) follow(*module, store);
 }
 
 }  // namespace

@@ -8,6 +8,7 @@
 
 #include "linux/net.h"
 #include "modules/checks.h"
+#include "modules/dnsmasq.h"
 #include "modules/modules.h"
 #include "modules/rule.h"
 #include "records/devmg.h"
@@ -156,7 +157,7 @@ constexpr Command kCommands[] = {
 
 }  // namespace
 
-const Module kDevmgModule = {kModuleDevmg, kCommands, kSchema};
+const Module kDevmgModule = {kModuleDevmg, kCommands, kSchema, nullptr, follow_settings};
 
 void require_interface(Store& store, std::string_view dev) {
   refuse_unless(store.number("SELECT count(*) FROM interface WHERE dev = ?", dev) != 0, kUnknownInterface);

@@ -195,6 +195,11 @@ class Store {
 
   // Ends the transaction. When this returns, what was written outlives a power failure.
   void commit() { run("COMMIT"); }
+  // Begins the next one, for what is not to be waited for within a transaction.
+  void begin();
+
+  // Where the store's files are, and those of the programs that serve from it.
+  std::string folder() const;
 
   // Statements with a value for each of their '?', for reading and for changing (returns the rows changed).
   template <typename... Values>
