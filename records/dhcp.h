@@ -25,9 +25,9 @@ enum DhcpCommand : uint32_t {
   kDhcpDefenseGet = 25,
 };
 
-// What an interface's clients are given, from up to three pools. The addresses of lists travel one way in host
-// byte order, as the readers of lists write them, and the other way in network byte order, as they are shown:
-// requests have HostIp4 for ListIp4, answers have Ip4.
+// What an interface's clients are given, from up to three pools. The addresses of lists travel one way in
+// host byte order, as the readers of lists write them, and the other way in network byte order, as they are
+// shown: requests have HostIp4 for ListIp4, answers have Ip4.
 template <typename ListIp4>
 struct DhcpSettings {
   char dev[16];
@@ -92,8 +92,8 @@ static_assert(sizeof(DhcpPoolRequest) == 268 && offsetof(DhcpPoolRequest, pool.s
               offsetof(DhcpPoolRequest, pool.settings.filter) == 80 &&
               offsetof(DhcpPoolRequest, pool.settings.domain_name) == 96 &&
               offsetof(DhcpPoolRequest, pool.srv_mac) == 112 &&
-              offsetof(DhcpPoolRequest, pool.option43) == 120 &&
-              offsetof(DhcpPoolRequest, pool.rcv) == 252 && offsetof(DhcpPoolRequest, dhcp_type) == 264);
+              offsetof(DhcpPoolRequest, pool.option43) == 120 && offsetof(DhcpPoolRequest, pool.rcv) == 252 &&
+              offsetof(DhcpPoolRequest, dhcp_type) == 264);
 static_assert(is_described<DhcpPoolRequest>() && is_described<DhcpPool<HostIp4>>() &&
               is_described<DhcpSettings<HostIp4>>() && is_described<DhcpOption43>());
 
@@ -137,7 +137,9 @@ constexpr uint32_t kDhcpCountOffset = 20;
 constexpr uint32_t kDhcpEntriesOffset = 24;
 
 // Whether a word is a network's mask, and not the last address of a range.
-constexpr bool is_mask(uint32_t host_order_word) { return ((host_order_word - 1) | host_order_word) == UINT32_MAX; }
+constexpr bool is_mask(uint32_t host_order_word) {
+  return ((host_order_word - 1) | host_order_word) == UINT32_MAX;
+}
 
 struct DhcpBind {
   uint32_t operation;  // 1 set, 0 get

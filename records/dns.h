@@ -123,8 +123,8 @@ struct DnsUrlOtherName {
 static_assert(sizeof(DnsUrlOtherName) == sizeof(DnsUrl) && offsetof(DnsUrlOtherName, other_name) == 128);
 static_assert(is_described<DnsUrlOtherName>());
 
-// A fixed answer of the list, whose entries begin with the payload and are counted by the header's result. Its
-// name and the other name follow.
+// A fixed answer of the list, whose entries begin with the payload and are counted by the header's result.
+// Its name and the other name follow.
 struct DnsUrlEntry {
   Ip4 ip;
   uint8_t kind;

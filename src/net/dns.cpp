@@ -1,4 +1,5 @@
-// dns: the DNS proxy with its cache, its fixed answers ("url") and the domains that it treats apart ("tebie").
+// dns: the DNS proxy with its cache, its fixed answers ("url") and the domains that it treats apart
+// ("tebie").
 #include "records/dns.h"
 
 #include <algorithm>

@@ -18,3 +18,6 @@ extern const Section kCountersSection;
 extern const Section kLinesSection;
 extern const Section kAccountsSection;
 extern const Section kRulesSection;
+extern const Section kLeasesSection;
+extern const Section kDhcpSection;
+extern const Section kDnsCacheSection;

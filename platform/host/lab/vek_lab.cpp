@@ -13,6 +13,7 @@
 #include "lab/hosts.h"
 #include "lab/made_hosts.h"
 #include "lab/sections.h"
+#include "modules/dnsmasq.h"
 #include "modules/host.h"
 #include "modules/modules.h"
 
@@ -21,8 +22,9 @@ namespace {
 using nlohmann::json;
 
 // One that builds on another comes behind it.
-constexpr const Section* kSections[] = {&kHostsSection, &kThirdSection,    &kCountersSection,
-                                        &kLinesSection, &kAccountsSection, &kRulesSection};
+constexpr const Section* kSections[] = {&kHostsSection,  &kThirdSection,    &kCountersSection,
+                                        &kLinesSection,  &kAccountsSection, &kRulesSection,
+                                        &kLeasesSection, &kDhcpSection,     &kDnsCacheSection};
 
 void clear(Store& store) {
   for (const Section* section : kSections) section->clear(store);
@@ -76,6 +78,7 @@ void load(const char* path) {
     clear(store);
     load_sections(store, Node(scenario, ""));
     store.commit();
+    follow_settings(store);
   } catch (const ScenarioError& error) {
     throw ScenarioError(std::string(path) + ": " + error.what());
   }
@@ -85,6 +88,7 @@ void reset(const char*) {
   Store store = open_state(kWrites);
   clear(store);
   store.commit();
+  follow_settings(store);
 }
 
 void show(const char*) {

@@ -141,17 +141,17 @@ std::vector<Entry> ask(uint16_t what, uint8_t family, std::string_view dev, Read
 
 // All interfaces for the empty name.
 std::vector<Interface> ask_interfaces(std::string_view dev) {
-  return ask<Interface, ifinfomsg>(RTM_GETLINK, AF_UNSPEC, dev,
-                                   [](const Message<ifinfomsg>& message, Interface& interface) {
-                                     char name[IFNAMSIZ] = {};
-                                     if (!message.read(IFLA_IFNAME, name)) return false;
-                                     interface.dev.assign(name, strnlen(name, sizeof name));
-                                     interface.index = static_cast<uint32_t>(message->ifi_index);
-                                     interface.flags = message->ifi_flags & UINT16_MAX;
-                                     message.read_bytes(IFLA_ADDRESS, interface.mac.bytes, sizeof interface.mac);
-                                     message.read(IFLA_STATS64, interface.counters);
-                                     return true;
-                                   });
+  return ask<Interface, ifinfomsg>(
+      RTM_GETLINK, AF_UNSPEC, dev, [](const Message<ifinfomsg>& message, Interface& interface) {
+        char name[IFNAMSIZ] = {};
+        if (!message.read(IFLA_IFNAME, name)) return false;
+        interface.dev.assign(name, strnlen(name, sizeof name));
+        interface.index = static_cast<uint32_t>(message->ifi_index);
+        interface.flags = message->ifi_flags & UINT16_MAX;
+        message.read_bytes(IFLA_ADDRESS, interface.mac.bytes, sizeof interface.mac);
+        message.read(IFLA_STATS64, interface.counters);
+        return true;
+      });
 }
 
 std::map<uint32_t, std::string> names_by_index() {

@@ -4,7 +4,6 @@
 #include <fcntl.h>
 #include <poll.h>
 #include <spawn.h>
-#include <sys/pidfd.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -14,6 +13,10 @@
 #include <cstring>
 #include <memory>
 #include <stdexcept>
+
+extern "C" {
+#include <sys/pidfd.h>  // written for C alone in version 2.36 of the C library
+}
 
 namespace {
 

@@ -7,6 +7,7 @@
 #include <chrono>
 #include <cstring>
 #include <optional>
+#include <vector>
 
 #include "linux/resolver.h"
 
@@ -40,39 +41,40 @@ void take_answer(void* argument, int status, int /*timeouts*/, ares_addrinfo* fo
   auto& answer = *static_cast<Answer*>(argument);
   answer.status = status;
   if (status != ARES_SUCCESS) return;
-  *answer.resolved = {.ttl = UINT32_MAX};
+  *answer.resolved = {};
+  answer.resolved->ttl = UINT32_MAX;
   for (const ares_addrinfo_node* node = found->nodes; node != nullptr; node = node->ai_next) {
     take_address(*node, *answer.resolved);
   }
   ares_freeaddrinfo(found);
 }
 
+// The library's sockets, and what it waits for on each.
+std::vector<pollfd> sockets_of(ares_channel channel) {
+  ares_socket_t sockets[ARES_GETSOCK_MAXNUM];
+  const int bits = ares_getsock(channel, sockets, ARES_GETSOCK_MAXNUM);
+  std::vector<pollfd> fds;
+  for (int i = 0; i < ARES_GETSOCK_MAXNUM; ++i) {
+    const int events =
+        (ARES_GETSOCK_READABLE(bits, i) ? POLLIN : 0) | (ARES_GETSOCK_WRITABLE(bits, i) ? POLLOUT : 0);
+    if (events != 0) fds.push_back({sockets[i], static_cast<short>(events), 0});
+  }
+  return fds;
+}
+
 // Lets the library work until it has an answer or the time is over.
 void work(ares_channel channel, const Answer& answer, Clock::time_point deadline) {
-  while (!answer.status) {
-    const auto left = std::chrono::duration_cast<milliseconds>(deadline - Clock::now());
-    if (left <= milliseconds::zero()) return;
-    ares_socket_t sockets[ARES_GETSOCK_MAXNUM];
-    const int bits = ares_getsock(channel, sockets, ARES_GETSOCK_MAXNUM);
-    pollfd fds[ARES_GETSOCK_MAXNUM];
-    nfds_t count = 0;
-    for (int i = 0; i < ARES_GETSOCK_MAXNUM; ++i) {
-      const bool reads = ARES_GETSOCK_READABLE(bits, i);
-      const bool writes = ARES_GETSOCK_WRITABLE(bits, i);
-      if (!reads && !writes) continue;
-      fds[count++] = {sockets[i], static_cast<short>((reads ? POLLIN : 0) | (writes ? POLLOUT : 0)), 0};
-    }
-    const timeval most = {left.count() / 1000, left.count() % 1000 * 1000};
-    timeval wait = most;
+  while (!answer.status && Clock::now() < deadline) {
+    const auto left = std::chrono::duration_cast<milliseconds>(deadline - Clock::now()).count();
+    timeval most = {left / 1000, left % 1000 * 1000};
     timeval room;
-    wait = *ares_timeout(channel, &wait, &room);
-    poll(fds, count, static_cast<int>(wait.tv_sec * 1000 + wait.tv_usec / 1000 + 1));
-    ares_process_fd(channel, ARES_SOCKET_BAD, ARES_SOCKET_BAD);  // what has timed out
-    for (nfds_t i = 0; i < count; ++i) {
-      const bool is_readable = (fds[i].revents & (POLLIN | POLLERR | POLLHUP)) != 0;
-      const bool is_writable = (fds[i].revents & POLLOUT) != 0;
-      ares_process_fd(channel, is_readable ? fds[i].fd : ARES_SOCKET_BAD,
-                      is_writable ? fds[i].fd : ARES_SOCKET_BAD);
+    const timeval wait = *ares_timeout(channel, &most, &room);
+    std::vector<pollfd> fds = sockets_of(channel);
+    poll(fds.data(), fds.size(), static_cast<int>(wait.tv_sec * 1000 + wait.tv_usec / 1000 + 1));
+    ares_process_fd(channel, ARES_SOCKET_BAD, ARES_SOCKET_BAD);  // what has taken too long
+    for (const pollfd& fd : fds) {
+      ares_process_fd(channel, (fd.revents & ~POLLOUT) != 0 ? fd.fd : ARES_SOCKET_BAD,
+                      (fd.revents & POLLOUT) != 0 ? fd.fd : ARES_SOCKET_BAD);
     }
   }
 }

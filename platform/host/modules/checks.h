@@ -38,7 +38,8 @@ inline void check_domain(std::string_view name) {
   char before = '.';
   for (const char c : name) {
     const bool is_dot = c == '.';
-    const bool is_letter = (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') || (c >= '0' && c <= '9') || c == '_';
+    const bool is_letter =
+        (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') || (c >= '0' && c <= '9') || c == '_';
     refuse_unless(is_letter || (before != '.' && (c == '-' || (is_dot && before != '-'))), kBadName);
     label_length = is_dot ? 0 : label_length + 1;
     refuse_unless(label_length <= 63, kBadName);

@@ -49,7 +49,8 @@ std::optional<Settings> pool_of(Store& store, std::string_view dev) {
 
 // dnsmasq takes the other characters that Linux allows for its own.
 bool is_plain_name(std::string_view dev) {
-  return std::ranges::all_of(dev, [](char c) { return isalnum(static_cast<uint8_t>(c)) != 0 || c == '.' || c == '_' || c == '-'; });
+  return std::ranges::all_of(
+      dev, [](char c) { return isalnum(static_cast<uint8_t>(c)) != 0 || c == '.' || c == '_' || c == '-'; });
 }
 
 // Calls visit(pool) for each of the pools that there are.
@@ -100,9 +101,9 @@ void check_other_interfaces(Store& store, const Settings& settings) {
 
 // The router's own addresses are nobody's.
 void check_own_addresses(Store& store, const Settings& settings, HostIp4 own) {
-  refuse_unless(store.number("SELECT count(*) FROM dhcp_reservation WHERE dev = ? AND ip = ?", settings.dev,
-                             own) == 0,
-                kInUse);
+  refuse_unless(
+      store.number("SELECT count(*) FROM dhcp_reservation WHERE dev = ? AND ip = ?", settings.dev, own) == 0,
+      kInUse);
 }
 
 void check_settings(Store& store, const Settings& settings) {
@@ -157,7 +158,8 @@ void del(Store& store, const DhcpPoolRequest& request) {
 void show(Store& store, DhcpPoolAnswer& answer) {
   const std::string dev(text(answer.pool.settings.dev));
   require_interface(store, dev);
-  Statement row = store.query("SELECT * FROM dhcp_pool LEFT JOIN dhcp_counter USING (dev) WHERE dev = ?", dev);
+  Statement row =
+      store.query("SELECT * FROM dhcp_pool LEFT JOIN dhcp_counter USING (dev) WHERE dev = ?", dev);
   if (!row.next()) throw Refusal{kNoSuchEntry};
   answer = {};
   row.read_fields(answer);
@@ -173,7 +175,8 @@ void reserve(Store& store, const DhcpReservation& reservation) {
   refuse_unless(is_host_mac(reservation.mac), kBadMac);
   if (const std::optional<Settings> settings = pool_of(store, text(reservation.dev))) {
     refuse_unless(has_network_for(*settings, ip), kOutsideNetwork);
-    refuse_unless(reservation.ip != settings->srv_ip && std::ranges::count(settings->gwaddr, ip) == 0, kInUse);
+    refuse_unless(reservation.ip != settings->srv_ip && std::ranges::count(settings->gwaddr, ip) == 0,
+                  kInUse);
     each_pool(*settings, [&](int pool) {
       const V4Range network = network_of(*settings, pool);
       refuse_unless(!contains(network, ip) || contains(hosts_of(network), ip), kBadAddress);
@@ -245,8 +248,7 @@ void exclude_del_all(Store& store, const DhcpExclusion& exclusion) {
 
 void exclude_show(Store& store, const DhcpExclusion& filter, Order& order) {
   require_interface(store, text(filter.dev));
-  Statement row =
-      store.query("SELECT * FROM dhcp_exclusion WHERE dev = ? ORDER BY ip, netmask", filter.dev);
+  Statement row = store.query("SELECT * FROM dhcp_exclusion WHERE dev = ? ORDER BY ip, netmask", filter.dev);
   answer_entries<DhcpExclusion>(row, order);
 }
 
@@ -260,12 +262,12 @@ void add_served_leases(Store& store, const std::string& dev, ListAnswer<DhcpLeas
     if (!has_network_for(*settings, {ntohl(lease.ip.value)})) continue;
     copy_text(lease.in_dev, dev);
     lease.state = kLeaseBound;
-    lease.type = store.number("SELECT count(*) FROM dhcp_reservation WHERE dev = ? AND ip = ? AND mac = ?", dev,
-                              lease.ip, lease.mac) != 0
+    lease.type = store.number("SELECT count(*) FROM dhcp_reservation WHERE dev = ? AND ip = ? AND mac = ?",
+                              dev, lease.ip, lease.mac) != 0
                      ? kLeaseReserved
                      : 0;
     lease.lease = settings->leasetime;
-    lease.start -= lease.lease;
+    lease.start -= std::min(lease.start, lease.lease);
     answer.add(lease);
   }
 }
@@ -298,6 +300,10 @@ void bind(Store& store, DhcpBind& bind) {
   bind.value = get_setting(store, kModuleDhcp, "bind");
 }
 
+uint32_t slot_offset(uint32_t slot) {
+  return uint32_t{sizeof(DhcpDefense)} + slot * uint32_t{sizeof(DhcpTrustedMac)};
+}
+
 // Gives the whole list anew. To trust nobody would cut everybody off.
 void defense_set(Store& store, const DhcpDefense& defense, Order& order) {
   check_switch(defense.en);
@@ -306,7 +312,7 @@ void defense_set(Store& store, const DhcpDefense& defense, Order& order) {
   set_setting(store, kModuleDhcp, "defense", defense.en);
   store.execute("DELETE FROM dhcp_trusted");
   for (uint32_t i = 0; i < defense.mac_num; ++i) {
-    const auto slot = order.request<DhcpTrustedMac>(uint32_t{sizeof defense + i * sizeof(DhcpTrustedMac)});
+    const auto slot = order.request<DhcpTrustedMac>(slot_offset(i));
     refuse_unless(is_host_mac(slot.mac), kBadMac);
     store.execute("INSERT OR IGNORE INTO dhcp_trusted (mac) VALUES (?)", slot.mac);
   }
@@ -320,7 +326,7 @@ void defense_get(Store& store, Order& order) {
   while (row.next()) {
     DhcpTrustedMac slot = {};
     row.read(slot.mac);
-    if (order.answer(slot, uint32_t{sizeof defense + defense.mac_num * sizeof slot})) ++defense.mac_num;
+    if (order.answer(slot, slot_offset(defense.mac_num))) ++defense.mac_num;
   }
   order.answer(defense);
 }

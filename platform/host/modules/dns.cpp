@@ -1,5 +1,5 @@
-// The DNS proxy (module 4): its settings, fixed answers ("url"), domains treated apart ("tebie"), and the names
-// that getip has asked for. dnsmasq answers the hosts of the pools from them (modules/dnsmasq.h).
+// The DNS proxy (module 4): its settings, fixed answers ("url"), domains treated apart ("tebie"), and the
+// names that getip has asked for. dnsmasq answers the hosts of the pools from them (modules/dnsmasq.h).
 #include "modules/dns.h"
 
 #include <arpa/inet.h>
@@ -69,10 +69,8 @@ void list(Store& store, Order& order) {
   }
 }
 
-void forget_names(Store& store) { store.execute("DELETE FROM dns_cache"); }
-
 void clear_cache(Store& store) {
-  forget_names(store);
+  store.execute("DELETE FROM dns_cache");
   clear_dnsmasq_cache(store);
 }
 
@@ -85,9 +83,9 @@ std::vector<uint8_t> bytes_of(const Address* addresses, int count) {
 // In a full cache the names that would run out first make room.
 void remember(Store& store, const DnsSettings& settings, std::string_view name, const Resolved& resolved) {
   const uint32_t most = settings.max_tm != 0 ? settings.max_tm : kMaxCacheTime;
-  store.execute("INSERT OR REPLACE INTO dns_cache (name, seen, ttl, v4, v6) VALUES (?, present(), ?, ?, ?)", name,
-                std::clamp(resolved.ttl, settings.min_tm, most), bytes_of(resolved.v4, resolved.v4_count),
-                bytes_of(resolved.v6, resolved.v6_count));
+  store.execute("INSERT OR REPLACE INTO dns_cache (name, seen, ttl, v4, v6) VALUES (?, present(), ?, ?, ?)",
+                name, std::clamp(resolved.ttl, settings.min_tm, most),
+                bytes_of(resolved.v4, resolved.v4_count), bytes_of(resolved.v6, resolved.v6_count));
   store.execute(
       "DELETE FROM dns_cache WHERE name IN"
       "  (SELECT name FROM dns_cache ORDER BY ttl - age(seen) DESC LIMIT -1 OFFSET ?)",
@@ -318,7 +316,7 @@ constexpr Command kCommands[] = {
 
 }  // namespace
 
-const Module kDnsModule = {kModuleDns, kCommands, kSchema, forget_names, follow_settings};
+const Module kDnsModule = {kModuleDns, kCommands, kSchema, clear_cache, follow_settings};
 
 DnsSettings dns_settings(Store& store) {
   DnsSettings settings = {};
@@ -331,17 +329,16 @@ DnsSettings dns_settings(Store& store) {
 
 std::vector<std::string> dns_servers(const DnsSettings& settings) {
   std::vector<std::string> servers;
+  // One that stands alone is kept twice.
+  const auto add = [&servers](const char* server) {
+    if (std::ranges::count(servers, server) == 0) servers.emplace_back(server);
+  };
   char room[64];
   for (const Ip4& server : settings.dns4) {
-    if (server != Ip4{}) servers.emplace_back(IpToStr(room, server.value));
+    if (server != Ip4{}) add(IpToStr(room, server.value));
   }
   for (const Ip6& server : settings.dns6) {
-    if (server != Ip6{}) servers.emplace_back(Ip6ToStr(room, &server));
+    if (server != Ip6{}) add(Ip6ToStr(room, &server));
   }
-  // One server is kept twice.
-  std::vector<std::string> different;
-  for (const std::string& server : servers) {
-    if (std::ranges::find(different, server) == different.end()) different.push_back(server);
-  }
-  return different;
+  return servers;
 }

@@ -81,6 +81,16 @@ void write_ranges(Store& store, std::ostream& out, const DhcpSettings<HostIp4>& 
   }
 }
 
+std::string hex_of(const DhcpOption43& option43) {
+  std::string hex;
+  for (uint32_t i = 0; i < option43.length; ++i) {
+    char digits[4];
+    snprintf(digits, sizeof digits, ":%02x", option43.bytes[i]);
+    hex += digits;
+  }
+  return hex.substr(1);
+}
+
 void write_options(std::ostream& out, const DhcpSettings<HostIp4>& settings, const DhcpOption43& option43,
                    int pool, const std::string& tag) {
   const std::string option = "dhcp-option=tag:" + tag + ",";
@@ -93,13 +103,9 @@ void write_options(std::ostream& out, const DhcpSettings<HostIp4>& settings, con
   const std::string_view domain = text(settings.domain_name);
   if (!domain.empty()) out << option << "option:domain-name," << domain << "\n";
   if (option43.length == 0) return;
-  out << option << "43";
-  for (uint32_t i = 0; i < option43.length; ++i) {
-    char digits[8];
-    snprintf(digits, sizeof digits, "%c%02x", i == 0 ? ',' : ':', option43.bytes[i]);
-    out << digits;
-  }
-  out << "\n";
+  // One byte alone would be taken for a text.
+  out << option << "43,"
+      << (option43.length == 1 ? std::to_string(option43.bytes[0]) + "b" : hex_of(option43)) << "\n";
 }
 
 // A reservation counts while a pool of its interface has the network for it.
@@ -300,5 +306,6 @@ std::vector<DhcpLease> dnsmasq_leases(Store& store) {
     lease.start = end;
     leases.push_back(lease);
   }
+  std::ranges::sort(leases, {}, [](const DhcpLease& lease) { return ntohl(lease.ip.value); });
   return leases;
 }

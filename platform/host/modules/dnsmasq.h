@@ -19,5 +19,6 @@ void follow_settings(Store& store);
 // Makes one that runs forget the names that it has asked for.
 void clear_dnsmasq_cache(Store& store);
 
-// The leases that it has handed out and that last, whether it runs or not.
+// The leases that it has handed out and that last, whether it runs or not, in the order of their addresses.
+// What it does not say of them is zero; their start is their end.
 std::vector<DhcpLease> dnsmasq_leases(Store& store);

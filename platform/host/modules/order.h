@@ -66,7 +66,7 @@ class Order {
 
   void finish(Result result) {
     if (result == kOk && !answer_.empty()) memcpy(payload(), answer_.data(), answer_.size());
-    header_.result = result == kOk ? good_result_ : result;
+    header_.result = result == kOk ? good_result_ : uint32_t{result};
     memcpy(record_ + offsetof(OrderRecord, result), &header_.result, sizeof header_.result);
   }
 

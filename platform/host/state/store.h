@@ -129,7 +129,9 @@ class Statement {
     bind(index, number.value());
   }
   void bind(int index, const std::vector<uint8_t>& bytes) {
-    check(sqlite3_bind_blob64(statement_, index, bytes.data(), bytes.size(), SQLITE_TRANSIENT));
+    const void* first =
+        bytes.empty() ? "" : static_cast<const void*>(bytes.data());  // null would be SQL's NULL
+    check(sqlite3_bind_blob64(statement_, index, first, bytes.size(), SQLITE_TRANSIENT));
   }
 
   template <typename Number>
