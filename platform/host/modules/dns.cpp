@@ -255,7 +255,7 @@ void debug(Store& store) {
     char room[64];
     report += separator + name + " " + IpToStr(room, ip.value);
   }
-  store_error_info(store, kModuleDns, report);
+  store_report(store, kModuleDns, report);
 }
 
 void special_debug(Store& store, const DnsSwitch& request) {
