@@ -6,6 +6,8 @@
 constexpr uint32_t kModuleGeneral = 1;
 constexpr uint32_t kModuleDevmg = 2;
 constexpr uint32_t kModuleArp = 3;
+constexpr uint32_t kModuleDns = 4;
+constexpr uint32_t kModuleDhcp = 5;
 constexpr uint32_t kModuleFlush = 7;
 constexpr uint32_t kModulePppoe = 9;
 constexpr uint32_t kModuleMr = 10;

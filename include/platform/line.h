@@ -1,4 +1,4 @@
-// Lines (uplinks), their names and protocols, and the services that go with them.
+// Lines (uplinks), their names and protocols, and their settings in the parameter store.
 //
 // Lines are numbered from 0: 0 to 120 are the lines of WAN interfaces, 121 to 255 the VPN links, entry 0
 // first. On a plain host an interface that is marked as WAN becomes the line with the lowest number that is
@@ -30,11 +30,6 @@ const char* tvl_vpnget(const char* name, uint32_t index);
 // The value of a parameter-store key, or its factory default where it was never set. Null when there is
 // neither, or `key` is null or empty.
 const char* tvl_nv_get_def(const char* key);
-
-// Start and stop the DHCP server process. Starting one that runs and stopping one that does not are no
-// errors. Return 0 on success.
-int start_dhcp_server(void);
-int stop_dhcp_server(void);
 
 #ifdef __cplusplus
 }

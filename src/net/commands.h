@@ -10,3 +10,7 @@ int cmd_pppoe(int argc, char** argv, const CommandEntry* entry);
 int cmd_pppoe_group(int argc, char** argv, const CommandEntry* entry);
 int cmd_pppoe_br(int argc, char** argv, const CommandEntry* entry);
 int cmd_ppp_fast(int argc, char** argv, const CommandEntry* entry);
+int cmd_dhcp(int argc, char** argv, const CommandEntry* entry);
+int cmd_dhcp_reserve(int argc, char** argv, const CommandEntry* entry);
+int cmd_dhcp_not_assign(int argc, char** argv, const CommandEntry* entry);
+int cmd_dns(int argc, char** argv, const CommandEntry* entry);

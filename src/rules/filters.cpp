@@ -3,6 +3,7 @@
 #include <cstdio>
 #include <cstring>
 
+#include "args/hosts.h"
 #include "order/order.h"
 #include "platform/address.h"
 #include "records/bbsfilter.h"
@@ -10,7 +11,6 @@
 #include "records/hpostforbid.h"
 #include "records/urlfilter.h"
 #include "rules/commands.h"
-#include "args/hosts.h"
 
 namespace {
 

@@ -2,10 +2,10 @@
 // (mroute).
 #include "records/rule.h"
 
+#include "args/hosts.h"
 #include "order/order.h"
 #include "platform/list.h"
 #include "rules/commands.h"
-#include "args/hosts.h"
 
 namespace {
 

@@ -157,7 +157,7 @@ std::string block_of(const std::string& text, int (*read)(void*, const char*) = 
 
 TEST(DestinationBlock, LayoutOfEverySection) {
   EXPECT_EQ(to_hex(block_of("not-class=3+ip=10.0.0.0/8,fd00::/8+proto=tcp:80+dns=not-line:2,type:7")),
-            unfolded("03010102070100000100010001000007000000000000000affffff0afd{00}*15fd{ff}*15"
+            unfolded("03010102070100000100010001000007000000000000000affffff0afd{00}*15fd{ff}*14ff"
                      "060000000000ffff50005000"));
   EXPECT_EQ(to_hex(block_of("not-dns=any")), unfolded("0000010000000001{00}*12"));
 

@@ -5,6 +5,7 @@
 #include <cstring>
 
 #include "platform/auth.h"
+#include "platform/dhcp.h"
 #include "platform/file.h"
 #include "platform/line.h"
 #include "platform/nvram.h"
@@ -97,6 +98,9 @@ Text nvram_get(Text key) { return text_of_key(__func__, key); }
 Text tvl_nv_get_def(Text key) { return text_of_key(__func__, key); }
 int nvram_set(Text key, Text value) { return call(__func__, key, value); }
 int nvram_commit(void) { return call(__func__); }
+
+int start_dhcp_server(void) { return call(__func__); }
+int stop_dhcp_server(void) { return call(__func__); }
 
 int vek_get_wan_proto(Text name) { return call(__func__, name); }
 Text tvl_get_wan_name(Number line) {

@@ -20,6 +20,8 @@ TEST(CommandTable, HelpAndUnknownWords) {
   for (const std::string& words : split(
            "devmg 'devmg LIST' 'devmg \\'\\'' arp 'arp LIST' qos 'qos speed_coeff' mr 'mr jhx' hi 'hi \\'\\''"
            " 'hi qq' 'hi gxcfg_set' 'hi gxcfg_get' user 'user voucher_list' macuser 'macuser SET' rule"
+           " dhcp 'dhcp list' dhcp_reserve dhcp_not_assign dns 'dns type_add' 'dns info' 'dns tebie' 'dns "
+           "tebie x'"
            " 'vlan get' pingfast")) {
     const Outcome outcome = vek(words);
     expect_unsent(outcome, 1, "", outcome.err);
@@ -47,10 +49,15 @@ TEST(Runner, ListsEndWithTheRecord) {
   const struct {
     const char* words;
     size_t lines_around, entries, lines;
-  } kLists[] = {{"devmg list", 2, kLong / 36, 1},   {"arp list eth0", 1, kLong / 104, 1},
-                {"mr list", 3, kLong / 416, 7},     {"mr lr_list", 3, kLong / 24, 1},
-                {"user list", 2, kLong / 488, 3},   {"user online_list", 2, (204800 - 8) / 488, 3},
-                {"macuser list", 1, kLong / 32, 1}, {"qos ip_rule_list", 1, (102400 - 8) / 36, 1}};
+  } kLists[] = {{"devmg list", 2, kLong / 36, 1},
+                {"arp list eth0", 1, kLong / 104, 1},
+                {"mr list", 3, kLong / 416, 7},
+                {"mr lr_list", 3, kLong / 24, 1},
+                {"user list", 2, kLong / 488, 3},
+                {"user online_list", 2, (204800 - 8) / 488, 3},
+                {"macuser list", 1, kLong / 32, 1},
+                {"dhcp member_list x", 3, (40480 - 8) / 112, 1},
+                {"qos ip_rule_list", 1, (102400 - 8) / 36, 1}};
   for (const auto& [words, lines_around, entries, lines] : kLists) {
     expect_lines(words, "4:u32 0x7FFFFFFF", lines_around + entries * lines);
     expect_lines(words, "4:u32 -1", lines_around);

@@ -37,4 +37,7 @@ __attribute__((visibility("default"))) const char* const tvlret_err_str[52] = {
     [kBadTime] = "bad time",
     [kBadVlan] = "bad VLAN id",
     [kOverlap] = "overlaps another",
+    [kOutsideNetwork] = "address outside the network",
+    [kNoServer] = "no DNS server is set",
+    [kNoAnswer] = "no answer",
 };

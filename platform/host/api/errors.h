@@ -40,6 +40,9 @@ enum Result {
   kBadTime,
   kBadVlan,
   kOverlap,
+  kOutsideNetwork,
+  kNoServer,
+  kNoAnswer,
 };
 
 #ifdef __cplusplus

@@ -8,6 +8,15 @@
 
 namespace {
 
+// What was ordered is done already, and stays so.
+void follow(const Module& module, Store& store) {
+  try {
+    module.follow(store);
+  } catch (const std::exception& error) {
+    fprintf(stderr, "vek: %s\n", error.what());
+  }
+}
+
 void handle(Order& order) {
   if (!has_module(order.module())) throw Refusal{kUnknownModule};
   const Command* const command = find_command(order.module(), order.command());
@@ -16,6 +25,10 @@ void handle(Order& order) {
   Store store = open_state(command->access);
   command->run(store, order);
   store.commit();
+  if (command->access == kReads) return;
+  for (const Module* module : all_modules()) {
+    if (module->number == order.module() && module->follow != nullptr) follow(*module, store);
+  }
 }
 
 }  // namespace

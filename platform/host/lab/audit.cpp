@@ -1,13 +1,13 @@
 // What the audit has seen in a scenario. Records are told by their fields and by the texts behind them;
 // "age" is how many seconds ago it was.
 #include "modules/audit.h"
-#include "state/time.h"
 
 #include <algorithm>
 #include <map>
 #include <utility>
 
 #include "lab/sections.h"
+#include "state/time.h"
 
 namespace {
 

@@ -23,3 +23,6 @@ extern const Section kPppoeSection;
 extern const Section kPppoeBridgeSection;
 extern const Section kPppFastSection;
 extern const Section kAuditSection;
+extern const Section kLeasesSection;
+extern const Section kDhcpSection;
+extern const Section kDnsCacheSection;

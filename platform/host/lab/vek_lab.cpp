@@ -14,6 +14,7 @@
 #include "lab/hosts.h"
 #include "lab/made_hosts.h"
 #include "lab/sections.h"
+#include "modules/dnsmasq.h"
 #include "modules/host.h"
 #include "modules/modules.h"
 
@@ -35,6 +36,9 @@ constexpr const Section* kSections[] = {
     &kPppoeBridgeSection,
     &kPppFastSection,
     &kAuditSection,
+    &kLeasesSection,
+    &kDhcpSection,
+    &kDnsCacheSection,
 };
 // clang-format on
 
@@ -90,6 +94,7 @@ void load(const char* path) {
     clear(store);
     load_sections(store, Node(scenario, ""));
     store.commit();
+    follow_settings(store);
   } catch (const ScenarioError& error) {
     throw ScenarioError(std::string(path) + ": " + error.what());
   }
@@ -99,6 +104,7 @@ void reset(const char*) {
   Store store = open_state(kWrites);
   clear(store);
   store.commit();
+  follow_settings(store);
 }
 
 void show(const char*) {

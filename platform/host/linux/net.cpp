@@ -141,22 +141,35 @@ std::vector<Entry> ask(uint16_t what, uint8_t family, std::string_view dev, Read
 
 // All interfaces for the empty name.
 std::vector<Interface> ask_interfaces(std::string_view dev) {
-  return ask<Interface, ifinfomsg>(RTM_GETLINK, AF_UNSPEC, dev,
-                                   [](const Message<ifinfomsg>& message, Interface& interface) {
-                                     char name[IFNAMSIZ] = {};
-                                     if (!message.read(IFLA_IFNAME, name)) return false;
-                                     interface.dev.assign(name, strnlen(name, sizeof name));
-                                     interface.index = static_cast<uint32_t>(message->ifi_index);
-                                     interface.flags = message->ifi_flags & UINT16_MAX;
-                                     message.read(IFLA_STATS64, interface.counters);
-                                     return true;
-                                   });
+  return ask<Interface, ifinfomsg>(
+      RTM_GETLINK, AF_UNSPEC, dev, [](const Message<ifinfomsg>& message, Interface& interface) {
+        char name[IFNAMSIZ] = {};
+        if (!message.read(IFLA_IFNAME, name)) return false;
+        interface.dev.assign(name, strnlen(name, sizeof name));
+        interface.index = static_cast<uint32_t>(message->ifi_index);
+        interface.flags = message->ifi_flags & UINT16_MAX;
+        message.read_bytes(IFLA_ADDRESS, interface.mac.bytes, sizeof interface.mac);
+        message.read(IFLA_STATS64, interface.counters);
+        return true;
+      });
 }
 
 std::map<uint32_t, std::string> names_by_index() {
   std::map<uint32_t, std::string> names;
   for (Interface& interface : ask_interfaces("")) names.emplace(interface.index, std::move(interface.dev));
   return names;
+}
+
+using OwnIp = std::pair<std::string, Ip4>;
+
+std::vector<OwnIp> ask_own_ips() {
+  const std::map<uint32_t, std::string> names = names_by_index();
+  return ask<OwnIp, ifaddrmsg>(RTM_GETADDR, AF_INET, "", [&](const Message<ifaddrmsg>& message, OwnIp& own) {
+    const auto name = names.find(message->ifa_index);
+    if (name == names.end() || !message.read(IFA_LOCAL, own.second)) return false;
+    own.first = name->second;
+    return true;
+  });
 }
 
 // Reads the address that an attribute holds as a combined value.
@@ -202,16 +215,12 @@ std::optional<Interface> linux_interface(std::string_view dev) {
 }
 
 std::map<std::string, Ip4> linux_own_ips() {
-  const std::map<uint32_t, std::string> names = names_by_index();
-  using OwnIp = std::pair<std::string, Ip4>;
-  const std::vector<OwnIp> all =
-      ask<OwnIp, ifaddrmsg>(RTM_GETADDR, AF_INET, "", [&](const Message<ifaddrmsg>& message, OwnIp& own) {
-        const auto name = names.find(message->ifa_index);
-        if (name == names.end() || !message.read(IFA_LOCAL, own.second)) return false;
-        own.first = name->second;
-        return true;
-      });
+  const std::vector<OwnIp> all = ask_own_ips();
   return {all.begin(), all.end()};  // of those with the same name the first
+}
+
+bool linux_has_address(std::string_view dev, Ip4 ip) {
+  return std::ranges::count(ask_own_ips(), OwnIp(dev, ip)) != 0;
 }
 
 std::vector<Neighbour> linux_neighbours() {

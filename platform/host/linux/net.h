@@ -21,6 +21,7 @@ struct Interface {
   std::string dev;
   uint32_t index;  // Linux's number of it
   uint32_t flags;  // those of <net/if.h>
+  Mac mac;         // zero where it has none
   rtnl_link_stats64 counters;
 };
 
@@ -32,6 +33,9 @@ std::optional<Interface> linux_interface(std::string_view dev);
 
 // The machine's own IPv4 addresses, the first one of each interface that has any.
 std::map<std::string, Ip4> linux_own_ips();
+
+// Whether an address is one of the machine's own on an interface.
+bool linux_has_address(std::string_view dev, Ip4 ip);
 
 struct Neighbour {
   std::string dev;

@@ -32,6 +32,22 @@ inline void check_name(std::string_view name) {
   check_text(name);
 }
 
+// Host names and domains (RFC 1123, section 2.1), with the underscores that services have in theirs.
+inline void check_domain(std::string_view name) {
+  size_t label_length = 0;
+  char before = '.';
+  for (const char c : name) {
+    const bool is_dot = c == '.';
+    const bool is_letter =
+        (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') || (c >= '0' && c <= '9') || c == '_';
+    refuse_unless(is_letter || (before != '.' && (c == '-' || (is_dot && before != '-'))), kBadName);
+    label_length = is_dot ? 0 : label_length + 1;
+    refuse_unless(label_length <= 63, kBadName);
+    before = c;
+  }
+  refuse_unless(before != '.' && before != '-', kBadName);
+}
+
 // Neither all zero nor that of a group of hosts.
 inline bool is_host_mac(const Mac& mac) { return (mac.bytes[0] & 1) == 0 && mac != Mac{}; }
 
@@ -46,9 +62,7 @@ inline bool is_mask(const Ip4& mask) {
   const uint32_t host_bits = ~ntohl(mask.value);
   return (host_bits & (host_bits + 1)) == 0;
 }
-inline void check_mask(const Ip4& mask) {
-  refuse_unless(is_mask(mask), kBadMask);
-}
+inline void check_mask(const Ip4& mask) { refuse_unless(is_mask(mask), kBadMask); }
 
 // For a range that ends before it starts: it was given so, or it stands for an item that was not understood.
 template <typename Range>

@@ -8,6 +8,7 @@
 
 #include "linux/net.h"
 #include "modules/checks.h"
+#include "modules/dnsmasq.h"
 #include "modules/modules.h"
 #include "modules/rule.h"
 #include "records/devmg.h"
@@ -62,7 +63,8 @@ void set(Store& store, const DevEntry& entry) {
 // The entry of one interface, or for an empty name those of all. The ARP state is whether anything is bound.
 Statement entries(Store& store, std::string_view dev) {
   return store.query(
-      "SELECT *, EXISTS (SELECT 1 FROM arp_binding WHERE arp_binding.dev = interface.dev) AS arp "
+      "SELECT dev, dev_id, type, flags, jb_en, wk_mode, isp,"
+      "  EXISTS (SELECT 1 FROM arp_binding WHERE arp_binding.dev = interface.dev) AS arp "
       "FROM interface WHERE ?1 = '' OR dev = ?1 ORDER BY dev_id",
       dev);
 }
@@ -175,7 +177,7 @@ constexpr Command kCommands[] = {
 
 }  // namespace
 
-const Module kDevmgModule = {kModuleDevmg, kCommands, kSchema};
+const Module kDevmgModule = {kModuleDevmg, kCommands, kSchema, nullptr, follow_settings};
 
 void require_interface(Store& store, std::string_view dev) {
   refuse_unless(store.number("SELECT count(*) FROM interface WHERE dev = ?", dev) != 0, kUnknownInterface);

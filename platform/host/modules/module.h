@@ -21,6 +21,9 @@ struct Module {
   std::span<const Command> commands;
   std::span<const char* const> schema = {};  // as Schema::steps
   void (*flush)(Store& store) = nullptr;     // drops what the module has learnt by itself
+  // Brings what serves the module's settings in step with them. Called behind the transaction of an order
+  // that writes; has transactions of its own.
+  void (*follow)(Store& store) = nullptr;
   uint32_t part = 0;
 };
 

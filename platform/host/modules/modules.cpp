@@ -14,6 +14,8 @@ constexpr const Module* kModules[] = {
     &kGeneralModule,
     &kDevmgModule,
     &kArpModule,
+    &kDnsModule,
+    &kDhcpModule,
     &kFlushModule,
     &kPppoeModule,
     &kMrModule,

@@ -182,7 +182,7 @@ int32_t as_limit(uint64_t rate) { return static_cast<int32_t>(std::min<uint64_t>
 
 }  // namespace
 
-const Module kSpeedRuleModule = {kModuleQos, kCommands, kSchema, nullptr, 1};
+const Module kSpeedRuleModule = {.number = kModuleQos, .commands = kCommands, .schema = kSchema, .part = 1};
 
 SpeedLimits::SpeedLimits(Store& store) {
   std::vector<uint8_t> record;

@@ -208,6 +208,16 @@ Store::Store(const char* name, std::span<const Schema> schemas, Access access) {
   }
 }
 
+void Store::begin() {
+  add_time_functions(database_);  // the present is another one
+  run("BEGIN IMMEDIATE");
+}
+
+std::string Store::folder() const {
+  const std::string file = sqlite3_db_filename(database_, "main");
+  return file.substr(0, file.find_last_of('/'));
+}
+
 void Store::run(const char* sql) {
   if (sqlite3_exec(database_, sql, nullptr, nullptr, nullptr) != SQLITE_OK) throw_database_error(database_);
 }

@@ -130,7 +130,9 @@ class Statement {
     bind(index, number.value());
   }
   void bind(int index, const std::vector<uint8_t>& bytes) {
-    check(sqlite3_bind_blob64(statement_, index, bytes.data(), bytes.size(), SQLITE_TRANSIENT));
+    const void* first =
+        bytes.empty() ? "" : static_cast<const void*>(bytes.data());  // null would be SQL's NULL
+    check(sqlite3_bind_blob64(statement_, index, first, bytes.size(), SQLITE_TRANSIENT));
   }
 
   template <std::integral Number>
@@ -197,6 +199,11 @@ class Store {
 
   // Ends the transaction. When this returns, what was written outlives a power failure.
   void commit() { run("COMMIT"); }
+  // Begins the next one, for what is not to be waited for within a transaction.
+  void begin();
+
+  // Where the store's files are, and those of the programs that serve from it.
+  std::string folder() const;
 
   // Statements with a value for each of their '?', for reading and for changing (returns the rows changed).
   template <typename... Values>

@@ -1,0 +1,125 @@
+// Programs that are run, and processes that live on.
+#include "linux/process.h"
+
+#include <fcntl.h>
+#include <poll.h>
+#include <spawn.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <csignal>
+#include <cstdio>
+#include <cstring>
+#include <memory>
+#include <stdexcept>
+
+extern "C" {
+#include <sys/pidfd.h>  // written for C alone in version 2.36 of the C library
+}
+
+namespace {
+
+// While a child is waited for, nobody may ignore its end.
+class ChildSignal {
+ public:
+  ChildSignal() {
+    struct sigaction by_default = {};
+    by_default.sa_handler = SIG_DFL;
+    sigaction(SIGCHLD, &by_default, &before_);
+  }
+  ~ChildSignal() { sigaction(SIGCHLD, &before_, nullptr); }
+  ChildSignal(const ChildSignal&) = delete;
+  ChildSignal& operator=(const ChildSignal&) = delete;
+
+ private:
+  struct sigaction before_;
+};
+
+struct FileCloser {
+  void operator()(FILE* file) const { fclose(file); }
+};
+
+// A process as the kernel holds it for us: nobody else can get its number meanwhile.
+class Held {
+ public:
+  explicit Held(const Process& process) : fd_(pidfd_open(static_cast<pid_t>(process.pid), 0)) {
+    if (fd_ >= 0 && !is_alive(process)) {
+      close(fd_);
+      fd_ = -1;
+    }
+  }
+  ~Held() {
+    if (fd_ >= 0) close(fd_);
+  }
+  Held(const Held&) = delete;
+  Held& operator=(const Held&) = delete;
+
+  void signal(int number) const {
+    if (fd_ >= 0) pidfd_send_signal(fd_, number, nullptr, 0);
+  }
+  bool has_ended_within(int milliseconds) const {
+    struct pollfd wait = {fd_, POLLIN, 0};
+    return fd_ < 0 || poll(&wait, 1, milliseconds) != 0;
+  }
+
+ private:
+  int fd_;
+};
+
+}  // namespace
+
+int run_program(const std::vector<std::string>& words, Output output) {
+  std::vector<char*> argv;
+  for (const std::string& word : words) argv.push_back(const_cast<char*>(word.c_str()));
+  argv.push_back(nullptr);
+  const ChildSignal child_signal;
+  posix_spawn_file_actions_t actions;
+  posix_spawn_file_actions_init(&actions);
+  posix_spawn_file_actions_addopen(&actions, STDIN_FILENO, "/dev/null", O_RDONLY, 0);
+  if (output == kSilenced) {
+    posix_spawn_file_actions_addopen(&actions, STDOUT_FILENO, "/dev/null", O_WRONLY, 0);
+    posix_spawn_file_actions_addopen(&actions, STDERR_FILENO, "/dev/null", O_WRONLY, 0);
+  }
+  pid_t child = 0;
+  const int error = posix_spawnp(&child, argv[0], &actions, nullptr, argv.data(), environ);
+  posix_spawn_file_actions_destroy(&actions);
+  if (error != 0) throw std::runtime_error(words[0] + " cannot be run: " + strerror(error));
+  int status = 0;
+  while (waitpid(child, &status, 0) < 0 && errno == EINTR) continue;
+  return WIFEXITED(status) ? WEXITSTATUS(status) : 128 + WTERMSIG(status);
+}
+
+std::optional<Process> find_process(int64_t pid) {
+  const std::string path = "/proc/" + std::to_string(pid) + "/stat";
+  const std::unique_ptr<FILE, FileCloser> file(fopen(path.c_str(), "re"));
+  char line[1024];
+  if (file == nullptr || fgets(line, sizeof line, file.get()) == nullptr) return {};
+  // Behind the name, which may hold anything: the state, and as the twentieth from there the start.
+  const char* const name_end = strrchr(line, ')');
+  char state = 'X';
+  long long start = 0;
+  if (name_end == nullptr ||
+      sscanf(name_end, ") %c %*s %*s %*s %*s %*s %*s %*s %*s %*s %*s %*s %*s %*s %*s %*s %*s %*s %*s %lld",
+             &state, &start) != 2) {
+    return {};
+  }
+  if (state == 'Z' || state == 'X') return {};
+  return Process{pid, start};
+}
+
+bool is_alive(const Process& process) {
+  const std::optional<Process> found = find_process(process.pid);
+  return found && found->start == process.start;
+}
+
+void signal_process(const Process& process, int signal) { Held(process).signal(signal); }
+
+void end_process(const Process& process) {
+  constexpr int kPatienceMs = 5000;
+  const Held held(process);
+  held.signal(SIGTERM);
+  if (held.has_ended_within(kPatienceMs)) return;
+  held.signal(SIGKILL);
+  held.has_ended_within(kPatienceMs);
+}
