@@ -31,7 +31,7 @@ extern "C" {
 // without a ':' is meant for this reader, but for "0", which stands for no address and is skipped as an empty
 // item is; items with a ':' are skipped.
 int get_iplist_str(void* ranges, const char* text);
-// The same, at most `most` ranges: of a longer list the last of them matches nothing.
+// The same, at most `most` ranges: the first ones of the list.
 int get_iplist_str_max(void* ranges, const char* text, int most);
 
 // IPv6 items, 32 bytes each: first and last address, 16 bytes each in network byte order. An item is an

@@ -114,8 +114,8 @@ constexpr int kMaxCount = 65535;
 inline bool is_any_item(std::string_view) { return true; }
 
 // Writes an element for every item of a comma list that is not empty and `is_ours`, and returns how many. One
-// that `parse` does not understand, and the last where the list goes on behind `most` elements, is the
-// element that stands for this.
+// that `parse` does not understand, and the last where the list goes on behind what a count can say, is the
+// element that stands for this. Fewer than that are wanted by who reads no further.
 template <typename Element, typename Parse>
 int read_list(void* destination, std::string_view list, Parse parse,
               bool (*is_ours)(std::string_view) = is_any_item, int most = kMaxCount) {
@@ -125,6 +125,7 @@ int read_list(void* destination, std::string_view list, Parse parse,
     const std::string_view item = next_item(list);
     if (item.empty() || !is_ours(item)) continue;
     const bool has_room = count < most;
+    if (!has_room && most < kMaxCount) break;
     Element element;
     if (!has_room || !parse(item, element)) element = kNotUnderstood<Element>;
     if (has_room) ++count;

@@ -13,7 +13,7 @@ TEST(Dns, Settings) {
   sends(words + "1.1.1.1:53,x,3.3.3.3 'fd00::1  fd00::3 fd00::4'", {4, 1},
         numbers + "4:ip 1.1.1.1 16:hex fd{00}*14 01 {00}*16 fd{00}*14 03");
   // The lists are read as far as 255 characters.
-  sends(words + "'{ }*246,1.1.1.1' '{1}*250 fd00::1'", {4, 1}, numbers + "8:ip 1.1.1.1 32:hex fd{00}*15");
+  sends(words + "'{ }*246,1.1.1.1' '{1}*248 fd00::1'", {4, 1}, numbers + "8:ip 1.1.1.1 32:hex fd{00}*15");
   rejects("en[1:on]  acc_act(1:drop) min_tm max_tm ct_show_name dns(dns1,dns2) log", {words + "1.1.1.1"});
   shows("dns get", {4, 2}, "", numbers + "4:ip 1.1.1.1 0.0.0.0 3.3.3.3 32:hex fd{00}*14 01 80:u32 -1",
         " en: 1  acc_act: 1  max_tm=90 min_tm=60 ct_show_name=2 log=-1\ndns=1.1.1.1  3.3.3.3\ndns6= fd00::1 "

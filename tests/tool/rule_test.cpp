@@ -27,7 +27,8 @@ TEST(Rule, AccessRequests) {
             kBlockBytes);
   // Any word but "0" accepts; no kind of host at all, or one that is not known, is user groups.
   const std::string groups = "0:text {n}*63 122:u16 2 128:u32 8 132:u16 5 5 7 9";
-  sends("rule acc add {n}*80 0 5,7-9 00 0 0 '' 'no such block'", {11, 9, 10240}, groups);
+  sends("rule acc add {n}*80 0 5,7-9 00 0 0 '' 'no such block'", {11, 9, 10240},
+        groups + " 126:u16 20 128:u32 28 140:hex {ff}*20");
   sends("rule acc add {n}*80 0 5,7-9>258 1 0 0 '' '' 1", {11, 9, 10240}, groups + " 104:u8 2");
   const std::string mac = "0:text m 104:u8 4 108:hex a01122334455 120:u16 1 128:u32 4 132:u16 8 8";
   sends("rule acc add m 0 a0:11:22:33:44:55 1 0 0 8 '' 4", {11, 9, 10240}, mac);
@@ -56,7 +57,7 @@ TEST(Rule, RouteAndFilterRequests) {
   sends("rule filter add {f}*40 1 2 3 0 4 8,100-120", {11, 20, 10240}, filter);
   sends("rule filter add {f}*40 1 2 3 drop 256 8,100-120", {11, 20, 10240}, filter + " 36:u8 0 0");
   sends("rule filter add f 0 0 0 1 1 ''", {11, 20, 10240}, "0:text f 37:u8 1");
-  expect_unsent(vek("rule filter add f 1 2 3 0 256 x"), 41, "");
+  expect_unsent(vek("rule filter add f 1 2 3 0 256 ,"), 41, "");
 }
 
 TEST(Rule, NamesAndSwitches) {
@@ -149,7 +150,7 @@ TEST(Rule, ListsThatDoNotFit) {
       {"rule acc add r 1 '' 1 0 0 {7,}*# not-class=1+dns=line:1,type:2", 2518, kAccAdd, "128:u32 10092"},
       {"rule acc add r 1 '' 1 0 0 {7,}*# ip=1.1.1.1,,fd00::1,+not-proto=tcp:1:2,udp,", 2502, kAccAdd,
        "128:u32 10092"},
-      {"rule acc add r 1 '' 1 0 0 {7,}*# proto=icmp+not-ip=::1,::2", 2499, kAccAdd, "128:u32 10092"},
+      {"rule acc add r 1 '' 1 0 0 {7,}*# proto=icmp+ip=::1,::2", 2499, kAccAdd, "128:u32 10092"},
       {"rule whitelist add w {::1,}*# ''", 317, kWhiteAdd, "76:u32 10144"},
       {"rule mroute add m '' 0 0 '' 0 7 {1,}*# '' 0", 2478, kMrouteAdd, "632:u32 19828"},
       {"rule filter add f 0 0 0 1 1 {7,}*#", 2546, kFilterAdd, "38:u16 2546"},
