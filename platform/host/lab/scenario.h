@@ -56,7 +56,8 @@ template <typename Number>
 requires std::is_integral_v<Number>
 void read_value(const Node& value, Number& field) {
   constexpr auto kMost = std::numeric_limits<int64_t>::max();
-  constexpr int64_t most = sizeof(Number) < sizeof kMost ? std::numeric_limits<Number>::max() : kMost;
+  constexpr int64_t most =
+      sizeof(Number) < sizeof kMost ? static_cast<int64_t>(std::numeric_limits<Number>::max()) : kMost;
   constexpr int64_t least = std::is_signed_v<Number> ? -most - 1 : 0;
   field = static_cast<Number>(value.number(least, most));
 }

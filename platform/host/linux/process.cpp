@@ -71,6 +71,7 @@ class Held {
 
 int run_program(const std::vector<std::string>& words, Output output) {
   std::vector<char*> argv;
+  argv.reserve(words.size() + 1);
   for (const std::string& word : words) argv.push_back(const_cast<char*>(word.c_str()));
   argv.push_back(nullptr);
   const ChildSignal child_signal;

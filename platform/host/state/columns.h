@@ -15,6 +15,8 @@ struct Column {
 
   static constexpr void each_field(auto& r, auto&& field) { field(r.name, r.value); }
 };
+template <typename Value>
+Column(const char*, Value) -> Column<Value>;
 
 namespace columns_detail {
 
