@@ -7,5 +7,5 @@ target_compile_options(vek_warnings INTERFACE
 add_library(vek_freestanding INTERFACE)
 target_link_libraries(vek_freestanding INTERFACE vek_warnings)
 target_compile_options(vek_freestanding INTERFACE
-  $<$<COMPILE_LANGUAGE:CXX>:-fno-exceptions;-fno-rtti;-fno-asynchronous-unwind-tables;-fno-threadsafe-statics>
+  $<$<COMPILE_LANGUAGE:CXX>:-fno-exceptions;-fno-rtti;-fno-asynchronous-unwind-tables;-fno-unwind-tables;-fno-threadsafe-statics>
   -ffunction-sections -fdata-sections)
