@@ -283,19 +283,26 @@ constexpr SectionType kSectionTypes[] = {
 // clang-format on
 static_assert(std::size(kSectionTypes) == kSectionDns + 1);
 
-// As much as the answer says it holds, and no more than it does.
-AnswerCursor records_of(const Answer& answer) {
-  const AnswerCursor all(answer, sizeof(AuditListHead));
-  const int64_t said =
-      int64_t{answer.get<int32_t>(offsetof(AuditListHead, datalen))} - int64_t{sizeof(AuditListHead)};
-  return {all.here(), static_cast<uint32_t>(std::clamp(said, int64_t{0}, int64_t{all.room()}))};
-}
+// The records of an answer. New ones are begun as long as the answer's length says so; one that has begun is
+// only bounded by the answer's record, whatever it says of itself.
+class Records : public AnswerCursor {
+ public:
+  explicit Records(const Answer& answer)
+      : AnswerCursor(answer, sizeof(AuditListHead)),
+        last_(room() - (int64_t{answer.get<int32_t>(offsetof(AuditListHead, datalen))} -
+                        int64_t{sizeof(AuditListHead)})) {}
+
+  bool more() const { return room() > std::max(last_, int64_t{0}); }
+
+ private:
+  int64_t last_;  // the room that is left when all that the length counts has been walked
+};
 
 void print_stream(const Answer& answer, const char* line, Banner SectionType::*banner_of) {
   const auto head = answer.get<AuditListHead>(0);
   print("%ssj info tol num=%d datalen=%d%s\n", line, head.tol_num, head.datalen, line);
-  AnswerCursor records = records_of(answer);
-  for (AuditSection section; records.read(section);) {
+  Records records(answer);
+  for (AuditSection section; records.more() && records.read(section);) {
     const SectionType& type = kSectionTypes[section.type < std::size(kSectionTypes) ? section.type : 0];
     const Banner& banner = type.*banner_of;
     if (banner.before == nullptr) {
@@ -312,13 +319,16 @@ void print_stream(const Answer& answer, const char* line, Banner SectionType::*b
 void print_info(const Answer& answer) { print_stream(answer, "", &SectionType::banner); }
 void print_test(const Answer& answer) { print_stream(answer, "================", &SectionType::test_banner); }
 
-// Where a list ends is its length's word, not its count's.
+// As many records as are counted, and again as many as long as the length says that there are more.
 template <const char* const& name, ShowRecord show_record>
 void print_list(const Answer& answer) {
   const auto head = answer.get<AuditListHead>(0);
   print("%s tol num=%d datalen=%d\n", name, head.tol_num, head.datalen);
-  AnswerCursor records = records_of(answer);
-  while (static_cast<int32_t>(head.tol_num) > 0 && show_record(records)) {
+  const auto count = static_cast<int32_t>(head.tol_num);
+  Records records(answer);
+  while (count > 0 && records.more()) {
+    for (int32_t left = count; left > 0 && show_record(records); --left) {
+    }
   }
 }
 

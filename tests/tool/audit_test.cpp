@@ -173,18 +173,15 @@ TEST(Audit, StreamsThatLie) {
   const std::string two = "=========dns====== sj type=9 num=2===========\n";
   const std::string mail = "=========mail==========sj type=4 num=1==============\n";
   for (const auto& [answer, out] : std::vector<std::pair<std::string, std::string>>{
-           {records_of(1, {section(9, 2), dns}), two + dns_text},
-           {records_of(1, {section(9, 2), dns, dns}, -1), two + dns_text},
-           {records_of(1, {section(9, 2), dns, dns}), two + dns_text + dns_text},
-           {records_of(1, {section(9, 2), dns, dns, section(8, 1)}, -1), two + dns_text + dns_text},
-           {records_of(1, {section(4, 1), "0:hex {00}*96 86:u16 1"}), mail},
+           {records_of(1, {section(9, 2), dns}), two + dns_text + dns_text},
+           {records_of(1, {section(9, 2), dns, dns, section(8, 1)}, -8), two + dns_text + dns_text},
            {records_of(1, {section(4, 1), "0:hex {00}*96 88:u16 -1 -1 -1"}),
             mail + "mac=00:00:00:00:00:00 ip=0.0.0.0 tm=0 shibie_id=00000000 from= to= title=\n"},
            {records_of(1, {section(7, 2), "0:hex {00}*511"}),
             "=========quill_ct====== sj type=7 num=2===========\n"},
-           {"0:u32 15 8:u16 9 1", ""},
-           {"0:u32 -1 8:u16 9 1", ""},
-           {"8:u16 9 1", ""}}) {
+           {"0:u32 9 8:u16 8 1", "=========quill_qq====== sj type=8 num=1===========\n"},
+           {"0:u32 8 8:u16 8 1", ""},
+           {"0:u32 -1 8:u16 8 1", ""}}) {
     EXPECT_EQ(shown(answer), out) << answer;
   }
   // The last record that the answer's record has room for.
@@ -204,7 +201,7 @@ TEST(Audit, Lists) {
            data;
   };
   const std::string text = kPlace + "tm=4294967295 shibie_id=0001ABCD ";
-  // Another count than there is: the length decides, but for a count of none.
+  // Another count than there is: the length decides whether there are more, but for a count of none.
   const std::string answer = records_of(1, {post("102400 88:text {d}*102400"), post("2 88:hex 6100")});
   const auto lists = [&](const std::string& words, uint32_t command, const std::string& name,
                          const std::string& first, const std::string& second) {
@@ -227,8 +224,8 @@ TEST(Audit, Lists) {
       "0:u64 -1 8:hex 0001abcd 12:u32 4 16:ip 10.0.0.2 20:hex {ee}*12 a00102030405c00101bb 42:u16 70 2 600 "
       "48:text {f}*70 to {t}*600";
   const Route route = {69, 13, 0xfa010};
-  shows("sj2 mail_get", route, "", records_of(2, {mail, mail}, -1),
-        unfolded("sj2 ctinfo tol num=2 datalen=1447\n" + kIdText + ports +
+  shows("sj2 mail_get", route, "", records_of(1, {mail, mail}, -720),
+        unfolded("sj2 ctinfo tol num=1 datalen=728\n" + kIdText + ports +
                  "from={f}*70 to=to title={t}*600\n"));
   for (const std::string words : {"sj post_info_get", "sj2 ctinfo_get"}) {
     const Outcome outcome = vek(words, {.answer = "0:u32 0x7fffffff 1 +1023888 84:u32 -1"});

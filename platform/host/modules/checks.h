@@ -20,6 +20,9 @@ inline void refuse_if_full(Store& store, const std::string& table, int64_t most)
   refuse_unless(store.number(("SELECT count(*) FROM " + table).c_str()) <= most, kTableFull);
 }
 
+// The records of a table of rules: as much as the answer to its list holds, so that no rule works unseen.
+constexpr uint32_t kMaxTableBytes = 102400 - sizeof(OrderRecord) - kListEntriesOffset;
+
 inline void check_switch(uint32_t value) { refuse_unless(value <= 1, kBadSwitch); }
 
 // A list shows the text, a line an entry.

@@ -16,9 +16,6 @@ static void check_element(const Postfix& postfix) {
 
 namespace {
 
-// As much as the answer to a list holds: no rule works unseen.
-constexpr uint32_t kMaxTableBytes = 102400 - sizeof(OrderRecord) - kListEntriesOffset;
-
 constexpr uint32_t kMaxMode = 2;
 
 template <typename Rule>

@@ -15,9 +15,6 @@
 
 namespace {
 
-// As much as the answer to a list holds: no rule works unseen.
-constexpr uint32_t kMaxTableBytes = 102400 - sizeof(OrderRecord) - kListEntriesOffset;
-
 constexpr const char* kDefaultAction = "acc_default";
 
 enum Table { kAcc = 1, kWhitelist, kMroute, kFilter };
