@@ -298,7 +298,9 @@ class Records : public AnswerCursor {
   int64_t last_;  // the room that is left when all that the length counts has been walked
 };
 
-void print_stream(const Answer& answer, const char* line, Banner SectionType::*banner_of) {
+using WhichBanner = decltype(&SectionType::banner);
+
+void print_stream(const Answer& answer, const char* line, WhichBanner banner_of) {
   const auto head = answer.get<AuditListHead>(0);
   print("%ssj info tol num=%d datalen=%d%s\n", line, head.tol_num, head.datalen, line);
   Records records(answer);

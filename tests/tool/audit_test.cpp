@@ -224,9 +224,9 @@ TEST(Audit, Lists) {
       "0:u64 -1 8:hex 0001abcd 12:u32 4 16:ip 10.0.0.2 20:hex {ee}*12 a00102030405c00101bb 42:u16 70 2 600 "
       "48:text {f}*70 to {t}*600";
   const Route route = {69, 13, 0xfa010};
-  shows("sj2 mail_get", route, "", records_of(1, {mail, mail}, -720),
-        unfolded("sj2 ctinfo tol num=1 datalen=728\n" + kIdText + ports +
-                 "from={f}*70 to=to title={t}*600\n"));
+  shows(
+      "sj2 mail_get", route, "", records_of(1, {mail, mail}, -720),
+      unfolded("sj2 ctinfo tol num=1 datalen=728\n" + kIdText + ports + "from={f}*70 to=to title={t}*600\n"));
   for (const std::string words : {"sj post_info_get", "sj2 ctinfo_get"}) {
     const Outcome outcome = vek(words, {.answer = "0:u32 0x7fffffff 1 +1023888 84:u32 -1"});
     EXPECT_EQ(std::ranges::count(outcome.out, '\n'), 1 + (1023888 - 8) / 88)

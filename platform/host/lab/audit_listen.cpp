@@ -58,8 +58,8 @@ void print_notice(int port) {
     return;
   }
   std::string account(notice.account, strnlen(notice.account, sizeof notice.account));
-  std::ranges::replace_if(
-      account, [](char c) { return c < ' ' || c > '~'; }, '?');
+  const auto is_hidden = [](char c) { return c < ' ' || c > '~'; };
+  std::ranges::replace_if(account, is_hidden, '?');
   char mac[64];
   char ip[64];
   printf("mac=%s ip=%s account=%s state=%d type=%d\n", MacToStr(mac, &notice.mac),
