@@ -24,7 +24,7 @@ const char* priority_text(uint8_t priority) {
 void print_types(const Answer& answer) {
   const auto count = answer.get<uint32_t>(kListCountOffset);
   print("num: %d\n", count);
-  print("id\tpri\t sp[up]\t sp[down]\tcount[up] count_skb[up] count[down] count_skb[down]\n");
+  print("id\tpri\t sp[up]\t sp[down]\tcount[up] count_skb[up] count[down] count_skb[down]\n\n");
   for (const QosTypeEntry& type : answer.entries<QosTypeEntry>(kListEntriesOffset, count)) {
     print("%d\t%s\t%luK/s\t  %luK/s\t\t %luK\t  %lu\t%luK\t  %lu\t\n", type.id, priority_text(type.priority),
           type.sp_up >> 10, type.sp_down >> 10, type.count_up >> 10, type.count_skb_up, type.count_down >> 10,
@@ -88,7 +88,7 @@ void print_ids(uint8_t is_all, const IdSet& set) {
 
 void print_speed_rules(const Answer& answer) {
   print("num: %d\n", answer.get<int32_t>(kListCountOffset));
-  print("name\t sp[up]\t sp[down]\t gongx\t user\t qostype\t dev\n");
+  print("name\t sp[up]\t sp[down]\t gongx\t user\t qostype\t dev\n\n");
   print_rules<SpeedRule>(answer, [](AnswerCursor& cursor, const SpeedRule& rule) {
     print("%s\t %lu\t %lu\t %d\tips:", rule.name, rule.up.value(), rule.down.value(), rule.is_shared);
     const uint32_t before = cursor.room();

@@ -9,7 +9,7 @@ TEST_F(Speed, RulesAreKeptAndLimitTheirHosts) {
   ok({"qos spset add xz r 10.0.0.1-10.0.0.9 1,2 gx 5 6 0",
       "qos spset add xz r 10.0.0.1-10.0.0.9 all gx 7 8 all", "qos spset add bz r 10.0.0.1 all dl 1 2 all",
       "qos spset del bz r"});
-  const std::string header = "name\t sp[up]\t sp[down]\t gongx\t user\t qostype\t dev\n";
+  const std::string header = "name\t sp[up]\t sp[down]\t gongx\t user\t qostype\t dev\n\n";
   shows("qos splist xz",
         "num: 1\n" + header + "r\t 7\t 8\t 1\tips:10.0.0.1-10.0.0.9,\tqostype:all\tdev:all\n");
   shows("qos splist bz", "num: 0\n" + header);

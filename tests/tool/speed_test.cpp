@@ -23,7 +23,7 @@ TEST(Speed, Rules) {
         "4:u32 2 +8 4:text one 39:u8 1 40:u64 5 6 56:u64 8 0x800000000 88:u64 0 0 0 1 120:u16 1 8 124:u32 "
         "0x01020304"
         " 0x01020305 +140 4:text two 37:u8 1 1",
-        "num: 2\nname\t sp[up]\t sp[down]\t gongx\t user\t qostype\t dev\n"
+        "num: 2\nname\t sp[up]\t sp[down]\t gongx\t user\t qostype\t dev\n\n"
         "one\t 5\t 6\t 1\tips:1.2.3.4-1.2.3.5,\tqostype:192,224,\tdev:3,35,\n"
         "two\t 0\t 0\t 0\tips:\tqostype:all\tdev:all\n");
 }
@@ -31,7 +31,7 @@ TEST(Speed, Rules) {
 TEST(Speed, Types) {
   shows("qos typelist", {14, 8, 20496}, "",
         "4:u32 4 +8 0:u8 1 1 8:u64 2048 4096 1024 7 3072 9 +64 0:u8 2 0 +120 0:u8 3 2 +176 0:u8 4 7",
-        "num: 4\nid\tpri\t sp[up]\t sp[down]\tcount[up] count_skb[up] count[down] count_skb[down]\n"
+        "num: 4\nid\tpri\t sp[up]\t sp[down]\tcount[up] count_skb[up] count[down] count_skb[down]\n\n"
         "1\thigh\t2K/s\t  4K/s\t\t 1K\t  7\t3K\t  9\t\n2\tnormal\t0K/s\t  0K/s\t\t 0K\t  0\t0K\t  0\t\n"
         "3\tlow\t0K/s\t  0K/s\t\t 0K\t  0\t0K\t  0\t\n4\terr\t0K/s\t  0K/s\t\t 0K\t  0\t0K\t  0\t\n");
 }
