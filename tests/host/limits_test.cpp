@@ -75,7 +75,6 @@ TEST_F(Limits, ProfilesAreSetByHalves) {
   ok({"ddos protect_set rate p wan1 0 0 '' 1 2 3 4 5 6 8"});  // goes over to another device
   begins("ddos protect_dev_get wan1",
          "name:p, log:0, block:0, count:0\nd_ip_num:0, d_ip_list: s_area_num:0,");
-  insert(1, 10, "interface (dev, type) SELECT 'x' || i, 0");
   insert(1, 10, "protect_profile (name, dev, record) SELECT i, 'x' || i, zeroblob(10200)");
   refused("table full", {"ddos protect_set rate p wan1 0 0 {1,}*300 1 2 3 4 5 6 8"});
   ok({"ddos protect_delall", "ddos protect_set enable p wan1" + enable, "devmg del wan1"});

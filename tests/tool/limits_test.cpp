@@ -98,31 +98,27 @@ TEST(Limits, Profiles) {
   const std::string head =
       ", log:3, block:4, count:18446744073709551615\nd_ip_num:2, d_ip_list: 1-5,9,s_area_num:1, "
       "s_area_list: 7-8,\nenable:\n";
-  shows("ddos protect_list", {56, 8, 102416}, "", "4:u32 2 +8" + profile + " +196 0:text q",
-        "ddos wan protect list num:2\nname:p" + head +
-            "  unknow_id en:11\n  TearDrop en:12\n  IpFrag en:13\n  LAND en:14\n  WinNuke en:15\n  Smurf "
-            "en:16\n"
-            "  PingOfDeath en:17\n  IpOptErr en:18\n  IpOptTimeStamp en:19\n  IpOptSec en:20\n  IpOptSid "
-            "en:21\n"
-            "  IpOptRR en:22\n  IpOptLSRR en:23\n  IpOptSSRR en:24\n  TcpSynFrag en:25\n  TcpFlagZero en:26\n"
-            "  TcpSynFin en:27\n  TcpFin en:28\n\nrate:\n  ARP max:31 time:32\n  IP_SCAN max:33 time:34\n"
-            "  PORT_SCAN max:35 time:36\n  ICMP max:37 time:38\n  UDP max:39 time:40\n  SYN_dst max:41 "
-            "time:42\n"
-            "  SYN_src max:43 time:44\n  DNS max:45 time:46\n\n\n"
-            "name:q, log:0, block:0, count:0\nd_ip_num:0, d_ip_list: s_area_num:0, s_area_list: \nenable:\n"
-            "  unknow_id en:0\n  TearDrop en:0\n  IpFrag en:0\n  LAND en:0\n  WinNuke en:0\n  Smurf en:0\n"
-            "  PingOfDeath en:0\n  IpOptErr en:0\n  IpOptTimeStamp en:0\n  IpOptSec en:0\n  IpOptSid en:0\n"
-            "  IpOptRR en:0\n  IpOptLSRR en:0\n  IpOptSSRR en:0\n  TcpSynFrag en:0\n  TcpFlagZero en:0\n"
-            "  TcpSynFin en:0\n  TcpFin en:0\n\nrate:\n  ARP max:0 time:0\n  IP_SCAN max:0 time:0\n"
-            "  PORT_SCAN max:0 time:0\n  ICMP max:0 time:0\n  UDP max:0 time:0\n  SYN_dst max:0 time:0\n"
-            "  SYN_src max:0 time:0\n  DNS max:0 time:0\n\n\n");
-  const RunResult one = vek("ddos protect_dev_get wan0", {.answer = profile});
-  EXPECT_TRUE(one.out.starts_with("name:p" + head + "\t\tunknow_id  en:11\n\t\tTearDrop  en:12\n"));
-  EXPECT_TRUE(one.out.ends_with(
-      "\t\tTcpFin  en:28\n\nrate:\n\t\tARP  max:31  time:32\n\t\tIP_SCAN  max:33  time:34\n"
-      "\t\tPORT_SCAN  max:35  time:36\n\t\tICMP  max:37  time:38\n\t\tUDP  max:39  time:40\n"
-      "\t\tSYN_dst  max:41  time:42\n\t\tSYN_src  max:43  time:44\n\t\tDNS  max:45  "
-      "time:46\n\n\n"));
+  const Outcome all = vek("ddos protect_list", {.answer = "4:u32 2 +8" + profile + " +196 0:text q"});
+  expect_order(all, {56, 8, 102416}, "");
+  EXPECT_TRUE(all.out.starts_with(
+      "ddos wan protect list num:2\nname:p" + head +
+      "  unknow_id en:11\n  TearDrop en:12\n  IpFrag en:13\n  LAND en:14\n  WinNuke en:15\n  Smurf en:16\n"
+      "  PingOfDeath en:17\n  IpOptErr en:18\n  IpOptTimeStamp en:19\n  IpOptSec en:20\n  IpOptSid en:21\n"
+      "  IpOptRR en:22\n  IpOptLSRR en:23\n  IpOptSSRR en:24\n  TcpSynFrag en:25\n  TcpFlagZero en:26\n"
+      "  TcpSynFin en:27\n  TcpFin en:28\n\nrate:\n  ARP max:31 time:32\n  IP_SCAN max:33 time:34\n"
+      "  PORT_SCAN max:35 time:36\n  ICMP max:37 time:38\n  UDP max:39 time:40\n  SYN_dst max:41 time:42\n"
+      "  SYN_src max:43 time:44\n  DNS max:45 time:46\n\n\nname:q, log:0, block:0, count:0\n"))
+      << all.out;
+  const Outcome one = vek("ddos protect_dev_get wan0", {.answer = profile});
+  expect_order(one, {56, 5, 10256}, "64:text wan0");
+  EXPECT_TRUE(one.out.starts_with("name:p" + head + "\t\tunknow_id  en:11\n\t\tTearDrop  en:12\n"))
+      << one.out;
+  EXPECT_TRUE(
+      one.out.ends_with("\n\nrate:\n\t\tARP  max:31  time:32\n\t\tIP_SCAN  max:33  time:34\n"
+                        "\t\tPORT_SCAN  max:35  time:36\n\t\tICMP  max:37  time:38\n"
+                        "\t\tUDP  max:39  time:40\n\t\tSYN_dst  max:41  time:42\n"
+                        "\t\tSYN_src  max:43  time:44\n\t\tDNS  max:45  time:46\n\n\n"))
+      << one.out;
 }
 
 TEST(Limits, Lan) {
