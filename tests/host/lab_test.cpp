@@ -138,6 +138,7 @@ TEST_F(Lab, RulesHaveTheirHitsUntilReset) {
   }
   load(R"({"rules": {"voip": 9000000000}})");
   refuses("rules", R"({"all": 1, "video": 7})", "/video: no such routing rule");
+  refuses("profiles", R"({"all": 1})", "/all: no such protection profile");
   refuses("rules", R"({"all": -1})", "/all: a whole number from 0 to 9223372036854775807 is wanted");
   holds("rule mroute hit", {"all                  0\nvoip                 9000000000\n"});
   EXPECT_TRUE(shown().find("rules: 1\n") != std::string::npos);

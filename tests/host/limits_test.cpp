@@ -26,7 +26,6 @@ TEST_F(Limits, RulesStandOnceInTheirTable) {
   insert(1, 100, "limit_rule (type, name, record) SELECT 1, i, zeroblob(400)");
   refused("table full", {"ctrule add ct t {1,}*100 all 1"});
 
-  begins("ctrule defget", "all: ct_max:0,ddos_max:0,ddos_time:0\n");
   ok({"ctrule defset 1 2 3 4 5 6 7 8 9 10 11 12 13 14 15 16 17 18 19 20 21"});
   refused("number out of range", {"ctrule defset -1 2 3 4 5 6 7 8 9 10 11 12 13 14 15"});
   holds("ctrule defget",
@@ -34,7 +33,6 @@ TEST_F(Limits, RulesStandOnceInTheirTable) {
 }
 
 TEST_F(Limits, DefenceIsSetAndReadBack) {
-  shows("ddos mac_get", "cnt:0\n\n");
   ok({"ddos_fy set 1 0 0 0 0 0 00:00:00:00:00:00", "ddos_fy mac_set 020000000001,020000000002",
       "ddos mac_set 020000000003"});
   refused("switch is neither 0 nor 1", {"ddos_fy set 2 0 0 0 0 0 020000000001", "ddos wan_attack set 2 1"});

@@ -11,17 +11,14 @@
 namespace {
 
 // As much as the answer to a list holds: no rule works unseen.
-constexpr uint32_t kMaxTableBytes = 40480 - kListEntriesOffset;
-
-// What is above shows as a negative number, and was typed as one or is no number at all.
-void check_limit(uint32_t value) { refuse_unless(value <= INT32_MAX, kBadNumber); }
+constexpr uint32_t kMaxLimitBytes = 40480 - kListEntriesOffset;
 
 void check_type(uint8_t type) { refuse_unless(type == kLimitCount || type == kLimitRate, kBadType); }
 
 void add_rule(Store& store, const LimitRule& rule, Order& order) {
   refuse_unless(is_rule_class(rule.prot), kBadType);
   refuse_unless(rule.max != 0, kBadNumber);  // nobody is to have no connection at all: that is an access rule
-  check_limit(rule.max);
+  check_number(rule.max);
   refuse_unless(rule.type == kLimitCount || (rule.tm != 0 && rule.tm <= INT32_MAX), kBadTime);
   refuse_unless(rule.list_count != 0 || (rule.kind == kHostRanges && rule.v6_count != 0), kEmptyList);
   const std::vector<uint8_t> record = whole_record(rule, order);
@@ -30,7 +27,7 @@ void add_rule(Store& store, const LimitRule& rule, Order& order) {
                                rule.type, rule.name, record),
                  kAlreadyThere);
   refuse_unless(
-      store.number("SELECT sum(length(record)) FROM limit_rule WHERE type = ?", rule.type) <= kMaxTableBytes,
+      store.number("SELECT sum(length(record)) FROM limit_rule WHERE type = ?", rule.type) <= kMaxLimitBytes,
       kTableFull);
 }
 
@@ -53,8 +50,8 @@ void list_rules(Store& store, const LimitListRequest& request, Order& order) {
 
 void set_defaults(Store& store, const LimitDefaults& limits, Order& order) {
   for (int i = 0; i < kClassCount; ++i) {
-    check_limit(limits.ct_max[i]);
-    check_limit(limits.ddos_max[i]);
+    check_number(limits.ct_max[i]);
+    check_number(limits.ddos_max[i]);
     refuse_unless(limits.ddos_time[i] <= INT32_MAX && (limits.ddos_max[i] == 0 || limits.ddos_time[i] != 0),
                   kBadTime);
   }

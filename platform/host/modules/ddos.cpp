@@ -17,12 +17,8 @@ static void check_element(const ExemptMac& entry) { refuse_unless(is_host_mac(en
 namespace {
 
 // As much as the answers hold.
-constexpr uint32_t kMaxProfileBytes = 102400 - kListEntriesOffset;
 constexpr size_t kMaxRecordBytes = 10240;
 constexpr size_t kMaxMacBytes = 40480;
-
-// What is above shows as a negative number, and was typed as one or is no number at all.
-void check_limit(uint32_t value) { refuse_unless(value <= INT32_MAX, kBadNumber); }
 
 // ---- Records that stand once, each under the order that sets it ----
 
@@ -58,7 +54,7 @@ void set_lan(Store& store, const LanProtect& lan, Order& order) {
   check_switch(lan.log);
   for (const uint32_t value :
        {lan.type, lan.max_tcp_conns, lan.max_pkt_count, lan.defen_time, lan.little_len}) {
-    check_limit(value);
+    check_number(value);
   }
   keep(store, order, whole_record(lan, order), kMaxRecordBytes);
 }
@@ -68,7 +64,7 @@ void set_lan(Store& store, const LanProtect& lan, Order& order) {
 void wan_attack(Store& store, WanAttack& attack) {
   if (attack.is_set != 0) {
     check_switch(attack.en);
-    check_limit(attack.limit);
+    check_number(attack.limit);
     set_setting(store, kModuleDdos, "wan_attack_en", attack.en);
     set_setting(store, kModuleDdos, "wan_attack_limit", attack.limit);
   }
@@ -82,7 +78,7 @@ void check_rates(const ProtectProfile& profile) {
   check_switch(profile.log);
   check_switch(profile.block);
   for (const RateLimit& rate : profile.rate) {
-    check_limit(rate.max);
+    check_number(rate.max);
     refuse_unless(rate.time <= INT32_MAX, kBadTime);
   }
 }
@@ -127,7 +123,7 @@ void set_profile(Store& store, const ProtectSetting& given, Order& order) {
   record = joined(given, order, std::move(record));
   refuse_unless(record.size() <= kMaxRecordBytes, kTableFull);
   store.put("protect_profile", Column{"name", name}, Column{"dev", dev}, Column{"record", record});
-  refuse_unless(store.number("SELECT sum(length(record)) FROM protect_profile") <= kMaxProfileBytes,
+  refuse_unless(store.number("SELECT sum(length(record)) FROM protect_profile") <= kMaxTableBytes,
                 kTableFull);
 }
 
