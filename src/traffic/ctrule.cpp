@@ -1,7 +1,7 @@
 // ctrule: limits on the number ("ct") and the rate ("ddos") of connections of groups, and their defaults.
 #include "records/ctrule.h"
 
-#include <iterator>
+#include <span>
 
 #include "args/hosts.h"
 #include "order/order.h"

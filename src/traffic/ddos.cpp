@@ -3,7 +3,6 @@
 #include "records/ddos.h"
 
 #include <cstring>
-#include <iterator>
 #include <span>
 
 #include "args/lists.h"
