@@ -27,7 +27,7 @@ class Lab : public HostTest {
 TEST_F(Lab, TheOfficeIsLoadedAndReset) {
   for (int i = 0; i < 2; ++i) ASSERT_EQ(run({VEK_LAB, "load", VEK_OFFICE}).err, "");
   EXPECT_EQ(shown(),
-            "hosts: 12\nthird: 2\ncounters: 6\nlines: 2\naccounts: 2\nrules: 0\ntypes: 0\n"
+            "hosts: 12\nthird: 2\ncounters: 6\nlines: 2\naccounts: 2\nrules: 0\nprofiles: 0\ntypes: 0\n"
             "pppoe: 2\npppoe_br: 2\nppp_fast: 1\naudit: 18\nleases: 4\ndhcp: 1\ndns_cache: 2\n");
   holds("hi ai_list", {"vek_out_id:0,", "vek_out_id:1,"});
   holds("mr list", {"\nwanid:0 ", "\nwanid:1 "});
@@ -43,8 +43,8 @@ TEST_F(Lab, TheOfficeIsLoadedAndReset) {
   EXPECT_TRUE(shown().starts_with("hosts: 5\nthird: 0\n"));
   reset();
   EXPECT_EQ(shown(),
-            "hosts: 0\nthird: 0\ncounters: 0\nlines: 0\naccounts: 0\nrules: 0\ntypes: 0\npppoe: 0\npppoe_br: "
-            "0\nppp_fast: 0\naudit: 0\nleases: 0\ndhcp: 0\ndns_cache: 0\n");
+            "hosts: 0\nthird: 0\ncounters: 0\nlines: 0\naccounts: 0\nrules: 0\nprofiles: 0\ntypes: 0\n"
+            "pppoe: 0\npppoe_br: 0\nppp_fast: 0\naudit: 0\nleases: 0\ndhcp: 0\ndns_cache: 0\n");
   shows("user list", "num: 0\n\n");
 }
 
@@ -138,6 +138,7 @@ TEST_F(Lab, RulesHaveTheirHitsUntilReset) {
   }
   load(R"({"rules": {"voip": 9000000000}})");
   refuses("rules", R"({"all": 1, "video": 7})", "/video: no such routing rule");
+  refuses("profiles", R"({"all": 1})", "/all: no such protection profile");
   refuses("rules", R"({"all": -1})", "/all: a whole number from 0 to 9223372036854775807 is wanted");
   holds("rule mroute hit", {"all                  0\nvoip                 9000000000\n"});
   EXPECT_TRUE(shown().find("rules: 1\n") != std::string::npos);

@@ -18,6 +18,7 @@ extern const Section kCountersSection;
 extern const Section kLinesSection;
 extern const Section kAccountsSection;
 extern const Section kRulesSection;
+extern const Section kProfilesSection;
 extern const Section kTypesSection;
 extern const Section kPppoeSection;
 extern const Section kPppoeBridgeSection;

@@ -31,6 +31,7 @@ constexpr const Section* kSections[] = {
     &kLinesSection,
     &kAccountsSection,
     &kRulesSection,
+    &kProfilesSection,
     &kTypesSection,
     &kPppoeSection,
     &kPppoeBridgeSection,

@@ -23,6 +23,9 @@ inline void refuse_if_full(Store& store, const std::string& table, int64_t most)
 // The records of a table of rules: as much as the answer to its list holds, so that no rule works unseen.
 constexpr uint32_t kMaxTableBytes = 102400 - sizeof(OrderRecord) - kListEntriesOffset;
 
+// One that is shown with a sign: what is above was typed with one, or is no number at all.
+inline void check_number(uint32_t value) { refuse_unless(value <= INT32_MAX, kBadNumber); }
+
 inline void check_switch(uint32_t value) { refuse_unless(value <= 1, kBadSwitch); }
 
 // A list shows the text, a line an entry.

@@ -5,7 +5,7 @@
 
 #include <algorithm>
 
-#include "modules/checks.h"
+#include "modules/kept_records.h"
 #include "modules/modules.h"
 #include "records/qos.h"
 
@@ -22,24 +22,6 @@ namespace {
 // As much as the answers to a list hold: no rule works unseen.
 constexpr uint32_t kMaxSpeedBytes = 20480 - kListEntriesOffset;
 constexpr uint32_t kMaxPriorityBytes = 1024000 - sizeof(OrderRecord) - kListEntriesOffset;
-
-// The record of a request with the lists that follow it, which must hold what their counts say.
-template <typename Record>
-std::vector<uint8_t> whole_record(const Record& record, const Order& order) {
-  std::vector<uint8_t> bytes = order.request_bytes(order.room());
-  std::span<const uint8_t> rest(bytes.data() + sizeof record, bytes.size() - sizeof record);
-  check_lists(record, rest);
-  bytes.resize(bytes.size() - rest.size());
-  return bytes;
-}
-
-void list_records(Statement row, Order& order) {
-  RecordList answer(order);
-  for (std::vector<uint8_t> record; row.next();) {
-    row.read(record);
-    answer.add_bytes(record.data(), static_cast<uint32_t>(record.size()));
-  }
-}
 
 // ---- Limits and guarantees ----
 
@@ -189,8 +171,7 @@ SpeedLimits::SpeedLimits(Store& store) {
   Statement speed = store.query("SELECT record FROM speed_rule WHERE kind = ? ORDER BY id", kSpeedLimited);
   while (speed.next()) {
     speed.read(record);
-    SpeedRule rule;
-    memcpy(&rule, record.data(), sizeof rule);
+    const auto rule = fixed_part<SpeedRule>(record);
     limits_.push_back({ranges_behind(rule, rule.range_count, record), as_limit(rule.up.value()),
                        as_limit(rule.down.value())});
   }
@@ -198,8 +179,7 @@ SpeedLimits::SpeedLimits(Store& store) {
       store.query("SELECT record FROM priority_rule WHERE kind = ? ORDER BY run_prio, id", kSpeedLimited);
   while (priority.next()) {
     priority.read(record);
-    PriorityRule rule;
-    memcpy(&rule, record.data(), sizeof rule);
+    const auto rule = fixed_part<PriorityRule>(record);
     if (rule.type != kHostRanges) continue;
     limits_.push_back(
         {ranges_behind(rule, rule.address_count, record), as_limit(rule.up), as_limit(rule.down)});
