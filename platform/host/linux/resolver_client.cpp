@@ -49,27 +49,23 @@ void take_answer(void* argument, int status, int /*timeouts*/, ares_addrinfo* fo
   ares_freeaddrinfo(found);
 }
 
-// The library's sockets, and what it waits for on each.
-std::vector<pollfd> sockets_of(ares_channel channel) {
-  ares_socket_t sockets[ARES_GETSOCK_MAXNUM];
-  const int bits = ares_getsock(channel, sockets, ARES_GETSOCK_MAXNUM);
-  std::vector<pollfd> fds;
-  for (int i = 0; i < ARES_GETSOCK_MAXNUM; ++i) {
-    const int events =
-        (ARES_GETSOCK_READABLE(bits, i) ? POLLIN : 0) | (ARES_GETSOCK_WRITABLE(bits, i) ? POLLOUT : 0);
-    if (events != 0) fds.push_back({sockets[i], static_cast<short>(events), 0});
-  }
-  return fds;
+// The library tells what it waits for on a socket of its own: neither is that it has closed it.
+void note_socket(void* argument, ares_socket_t socket, int readable, int writable) {
+  auto& fds = *static_cast<std::vector<pollfd>*>(argument);
+  std::erase_if(fds, [socket](const pollfd& fd) { return fd.fd == socket; });
+  const int events = (readable != 0 ? POLLIN : 0) | (writable != 0 ? POLLOUT : 0);
+  if (events != 0) fds.push_back({socket, static_cast<short>(events), 0});
 }
 
 // Lets the library work until it has an answer or the time is over.
-void work(ares_channel channel, const Answer& answer, Clock::time_point deadline) {
+void work(ares_channel channel, const std::vector<pollfd>& sockets, const Answer& answer,
+          Clock::time_point deadline) {
   while (!answer.status && Clock::now() < deadline) {
     const auto left = std::chrono::duration_cast<milliseconds>(deadline - Clock::now()).count();
     timeval most = {left / 1000, left % 1000 * 1000};
     timeval room;
     const timeval wait = *ares_timeout(channel, &most, &room);
-    std::vector<pollfd> fds = sockets_of(channel);
+    std::vector<pollfd> fds = sockets;  // the library changes its own as it works
     poll(fds.data(), fds.size(), static_cast<int>(wait.tv_sec * 1000 + wait.tv_usec / 1000 + 1));
     ares_process_fd(channel, ARES_SOCKET_BAD, ARES_SOCKET_BAD);  // what has taken too long
     for (const pollfd& fd : fds) {
@@ -88,10 +84,13 @@ int ask(const char* servers, const char* name, Resolved* resolved) {
   options.lookups = lookups;
   const auto server_count = 1 + std::count(servers, servers + strlen(servers), ',');
   options.timeout = static_cast<int>(kMaxTry.count() / server_count);
+  std::vector<pollfd> sockets;
+  options.sock_state_cb = note_socket;
+  options.sock_state_cb_data = &sockets;
+  constexpr int kGiven =
+      ARES_OPT_FLAGS | ARES_OPT_TIMEOUTMS | ARES_OPT_TRIES | ARES_OPT_LOOKUPS | ARES_OPT_SOCK_STATE_CB;
   ares_channel channel = nullptr;
-  if (ares_init_options(&channel, &options,
-                        ARES_OPT_FLAGS | ARES_OPT_TIMEOUTMS | ARES_OPT_TRIES | ARES_OPT_LOOKUPS) !=
-      ARES_SUCCESS) {
+  if (ares_init_options(&channel, &options, kGiven) != ARES_SUCCESS) {
     return ARES_ENOMEM;
   }
   Answer answer = {{}, resolved};
@@ -100,7 +99,7 @@ int ask(const char* servers, const char* name, Resolved* resolved) {
     hints.ai_family = AF_UNSPEC;
     hints.ai_flags = ARES_AI_NOSORT;
     ares_getaddrinfo(channel, name, nullptr, &hints, take_answer, &answer);
-    work(channel, answer, Clock::now() + kMaxTry);
+    work(channel, sockets, answer, Clock::now() + kMaxTry);
   }
   ares_destroy(channel);  // tells of a question that is still open
   return answer.status.value_or(ARES_ETIMEOUT);
