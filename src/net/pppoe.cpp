@@ -66,7 +66,7 @@ void print_config(const PppoeServerConfig& config) {
 
 void print_devmg(const DevPppoe& devmg) {
   if (devmg.mode == DevPppoe::kSet) {
-    print("ok");
+    print("ok\n");
   } else {
     print("en: %d only: %d \n", devmg.en, devmg.only);
   }
@@ -92,7 +92,7 @@ AnswerCursor print_pools(const Answer& answer, const Report& report) {
 void print_debug(const Answer& answer) {
   const auto debug = answer.get<PppoeDebug>(0);
   if (debug.mode == 1) {
-    print("ok");
+    print("ok\n");
     return;
   }
   print(" en:%d, log_en:%d\n", debug.en, debug.log_en);

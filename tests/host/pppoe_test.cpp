@@ -35,7 +35,7 @@ TEST_F(Pppoe, KeepsBothHalvesOfTheServer) {
   refused("number out of range", {"pppoe set_opt ac 0 0 0 -1 0 0 0 0 0 on"});
   refused("switch is neither 0 nor 1", {"pppoe set_opt ac 0 0 0 0 0 0 0 2 0 on"});
   shows("pppoe show", server + options);
-  shows("pppoe devmg set lan0 1 on", "ok");
+  shows("pppoe devmg set lan0 1 on", "ok\n");
   refused("switch is neither 0 nor 1", {"pppoe devmg set lan0 2 on"});
   refused("unknown interface", {"pppoe devmg get lan9"});
   shows("pppoe devmg get lan0", "en: 1 only: 1 \n");
@@ -76,7 +76,7 @@ TEST_F(Pppoe, GroupsHaveNetworksOfTheirOwn) {
 }
 
 TEST_F(Pppoe, ReportsItsPoolsAndSessions) {
-  shows("pppoe debug set 1 0", "ok");
+  shows("pppoe debug set 1 0", "ok\n");
   refused("switch is neither 0 nor 1", {"pppoe debug set 1 2"});
   ok({"pppoe set_base on lan0 10.1.0.1 255.255.255.0 1",
       "pppoe set_opt ac 10.1.0.2 10.1.0.4 0 0 0 0 0 0 0 off",

@@ -34,8 +34,8 @@ TEST(Pppoe, Server) {
 }
 
 TEST(Pppoe, Devices) {
-  shows("pppoe devmg set eth1 7 on", {2, 6}, "0:u32 1 4:text eth1 20:u32 7 1", "", "ok");
-  shows("pppoe devmg set eth1 0 1", {2, 6}, "0:u32 1 4:text eth1", "", "ok");
+  shows("pppoe devmg set eth1 7 on", {2, 6}, "0:u32 1 4:text eth1 20:u32 7 1", "", "ok\n");
+  shows("pppoe devmg set eth1 0 1", {2, 6}, "0:u32 1 4:text eth1", "", "ok\n");
   for (const char* words : {"pppoe devmg get eth1", "pppoe devmg foo eth1 1 on"}) {
     shows(words, {2, 6}, "0:u32 2 4:text eth1", "20:u32 -1 3", "en: -1 only: 3 \n");
   }
@@ -44,7 +44,7 @@ TEST(Pppoe, Devices) {
 
 TEST(Pppoe, Debug) {
   const Route route = {9, 9, 102416};
-  shows("pppoe debug set 1 2", route, "0:u32 1 1 2", "", "ok");
+  shows("pppoe debug set 1 2", route, "0:u32 1 1 2", "", "ok\n");
   rejects("set/get en[0/1] logen[0/1]", {"pppoe debug", "pppoe debug set 1"});
   const std::string ranges = " 28:ip 10.0.0.1 10.0.0.9 1.1.1.1 1.1.1.1 2.2.2.2 2.2.2.3 3.3.3.3 4.4.4.4";
   const std::string sessions = unfolded("{ 5.5.5.5 255.255.255.255}*10");
