@@ -77,14 +77,6 @@ bool parse_card(UserCard& card, const Args& args) {
   return true;
 }
 
-bool parse_ssid(UserSsid& ssid, const Args& args) {
-  if (!args.is(3, "set")) return true;
-  if (args.count() < 9) return false;
-  ssid.op = 1;
-  args.take(4, ssid.assid, ssid.lssid, ssid.dssid, ssid.ussid, ssid.gssid);
-  return true;
-}
-
 // The word behind "lock" only holds its place.
 bool parse_lock(UserLock& lock, const Args& args) {
   args.take(4, lock.all, lock.name, lock.lock);
@@ -162,7 +154,7 @@ constexpr SubCommand kUser[] = {
     {"down_all", kModuleUser, kUserDownAll, 1024, 1000, 0, "type[all/pppoe/web]", parse_as<parse_kick>, nullptr},
     {"js_mod", kModuleUser, kUserJsMod, 1024, 1000, 4, "time", parse_as<parse_js_mod>, nullptr},
     {"card", kModuleUser, kUserCard, 1024, 1000, 5, "set/get type en[0/1]", parse_as<parse_card>, print_as<print_card>},
-    {"ssid", kModuleUser, kUserSsid, 1024, 1000, 4, "set/get a l d u g", parse_as<parse_ssid>, print_as<print_ssid>},
+    {"ssid", kModuleUser, kUserSsid, 1024, 1000, 4, "set/get a l d u g", parse_pair_of<&UserSsid::assid, &UserSsid::lssid, &UserSsid::dssid, &UserSsid::ussid, &UserSsid::gssid>, print_as<print_ssid>},
     {"lock", kModuleUser, kUserLock, 1024, 1000, 7, "all name lock", parse_as<parse_lock>, nullptr},
 };
 // clang-format on

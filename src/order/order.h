@@ -151,6 +151,12 @@ Record record_of(Field Record::*);
 template <auto member>
 using RecordOf = decltype(record_of(member));
 
+template <int place, auto first, auto... others>
+int take_words(RecordOf<first>& record, const Args& args) {
+  args.take(place, record.*first, record.*others...);
+  return kAccepted;
+}
+
 }  // namespace order_detail
 
 // Makes a ParseFn of a function of (Payload&, const Args&) that returns a bool or a Verdict.
@@ -164,9 +170,34 @@ int parse_as(void* payload, int argc, char** argv) {
 // behind the sub-command on.
 template <auto first, auto... others>
 int parse_words(void* payload, int argc, char** argv) {
-  auto& record = *static_cast<order_detail::RecordOf<first>*>(payload);
-  Args(argc, argv).take(3, record.*first, record.*others...);
-  return kAccepted;
+  return parse_as<order_detail::take_words<3, first, others...>>(payload, argc, argv);
+}
+
+// Some commands both set and get: the first word of their payload is 1 to set and 0 to get, and a get carries
+// nothing else. Their rows have a print function, and one of these ParseFns.
+
+// For a sub-command that sets: as parse_words. The one that gets has none.
+template <auto first, auto... others>
+int parse_set(void* payload, int argc, char** argv) {
+  *static_cast<uint32_t*>(payload) = 1;
+  return parse_words<first, others...>(payload, argc, argv);
+}
+
+// For a sub-command behind which "set" or any other word stands, which gets: a function of (Payload&, const
+// Args&) that is called to set, with that many words.
+template <auto parse, int min_words>
+int parse_pair(void* payload, int argc, char** argv) {
+  if (!Args(argc, argv).is(3, "set")) return kAccepted;
+  if (argc < min_words) return kRejected;
+  *static_cast<uint32_t*>(payload) = 1;
+  return parse_as<parse>(payload, argc, argv);
+}
+
+// The same for words that go into fields in their order; all must be there.
+template <auto first, auto... others>
+int parse_pair_of(void* payload, int argc, char** argv) {
+  constexpr int kMinWords = 5 + sizeof...(others);
+  return parse_pair<order_detail::take_words<4, first, others...>, kMinWords>(payload, argc, argv);
 }
 
 // Makes a PrintFn of a void(const Payload&), or of a void(const Answer&) for lists.

@@ -115,14 +115,6 @@ void print_ext(const QosExtSettings& settings) {
       settings.sqos_limit_num, settings.sqos_ct_limit_num);
 }
 
-bool parse_vpn_limit(QosVpnLimit& vpn, const Args& args) {
-  if (!is_set(args)) return true;
-  if (args.count() < 5) return false;
-  vpn.is_set = 1;
-  vpn.limit = args.number(4);
-  return true;
-}
-
 void print_vpn_limit(const QosVpnLimit& vpn) {
   print("limit:%d,up:%d,down:%d\n", vpn.limit, vpn.up, vpn.down);
 }
@@ -138,12 +130,9 @@ bool parse_single_ct(QosSingleCt& single, const Args& args) {
 
 void print_single_ct(const QosSingleCt& single) { print("up:%d,down:%d\n", single.up, single.down); }
 
-bool parse_speed_limit(QosSpeedLimit& limit, const Args& args) {
-  if (!is_set(args)) return true;
-  if (!args.is(4, "on") && !args.is(4, "off")) return false;
-  limit.is_set = 1;
+bool set_speed_limit(QosSpeedLimit& limit, const Args& args) {
   limit.off = args.is(4, "off") ? 1 : 0;
-  return true;
+  return limit.off == 1 || args.is(4, "on");
 }
 
 void print_speed_limit(const QosSpeedLimit& limit) {
@@ -156,10 +145,7 @@ constexpr struct {
   int index;
 } kLevels[] = {{"H", 1}, {"N", 0}, {"L", 2}};
 
-bool parse_queue_wait(QueueWaitMatrix& matrix, const Args& args) {
-  if (!is_set(args)) return true;
-  if (args.count() < 13) return false;
-  matrix.is_set = 1;
+bool set_queue_wait(QueueWaitMatrix& matrix, const Args& args) {
   int word = 4;
   for (const auto& from : kLevels) {
     for (const auto& to : kLevels) matrix.wait[from.index][to.index] = args.number(word++);
@@ -177,10 +163,7 @@ void print_queue_wait(const QueueWaitMatrix& matrix) {
 
 // Speed values by line. The index is not held to the table, but never leads out of the record.
 
-bool parse_speed_values(QosSpeedValues& speed, const Args& args) {
-  if (!is_set(args)) return true;
-  if (args.count() < 5) return false;
-  speed.is_set = 1;
+bool set_speed_values(QosSpeedValues& speed, const Args& args) {
   memset(speed.values, args.number<uint8_t>(4), sizeof speed.values);
   return true;
 }
@@ -293,13 +276,13 @@ constexpr SubCommand kQos[] = {
     {"level", kModuleQos, kQosLevel, 1024, sizeof(QosLevel), 4, "level", parse_words<&QosLevel::level>, nullptr},
     {"skb", kModuleQos, kQosSkb, 204800, 204600, 4, "waniface", parse_as<parse_line>, print_as<print_skb>},
     {"devinfo", kModuleQos, kQosDevInfo, 204800, 204600, 0, "waniface", nullptr, print_as<print_devices>},
-    {"ggvpn", kModuleQos, kQosVpnLimit, 1024, sizeof(QosVpnLimit), 4, "set/get limit", parse_as<parse_vpn_limit>, print_as<print_vpn_limit>},
+    {"ggvpn", kModuleQos, kQosVpnLimit, 1024, sizeof(QosVpnLimit), 4, "set/get limit", parse_pair_of<&QosVpnLimit::limit>, print_as<print_vpn_limit>},
     {"single_ct", kModuleQos, kQosSingleCt, 1024, sizeof(QosSingleCt), 5, "set/get iface up down", parse_as<parse_single_ct>, print_as<print_single_ct>},
     {"sb_tj_init", kModuleQos, kQosStatisticsInit, 1024, 0, 0, "", nullptr, nullptr},
     {"ip_rule_list", kModuleQos, kQosIpRuleList, 102400, 102400, 0, "", nullptr, print_as<print_ip_rules>},
-    {"speed_limit", kModuleQos, kQosSpeedLimit, 1024, sizeof(QosSpeedLimit), 4, "set/get on/off", parse_as<parse_speed_limit>, print_as<print_speed_limit>},
-    {"queue_wait", kModuleQos, kQosQueueWait, 1024, sizeof(QueueWaitMatrix), 4, "set/get H/H H/N H/L N/H N/N N/L L/H L/N L/L", parse_as<parse_queue_wait>, print_as<print_queue_wait>},
-    {"ws_sp_val", kModuleQos, kQosSpeedValue, 102400, sizeof(QosSpeedValues), 4, "set/get [0-99]", parse_as<parse_speed_values>, print_as<print_speed_value>},
+    {"speed_limit", kModuleQos, kQosSpeedLimit, 1024, sizeof(QosSpeedLimit), 4, "set/get on/off", parse_pair<set_speed_limit, 5>, print_as<print_speed_limit>},
+    {"queue_wait", kModuleQos, kQosQueueWait, 1024, sizeof(QueueWaitMatrix), 4, "set/get H/H H/N H/L N/H N/N N/L L/H L/N L/L", parse_pair<set_queue_wait, 13>, print_as<print_queue_wait>},
+    {"ws_sp_val", kModuleQos, kQosSpeedValue, 102400, sizeof(QosSpeedValues), 4, "set/get [0-99]", parse_pair<set_speed_values, 5>, print_as<print_speed_value>},
     {"noqueue_sp_val", kModuleQos, kQosNoQueue, 1024, sizeof(QosNoQueue), 4, "set/get devname [up 0-99] [down 0-99]", parse_as<parse_no_queue>, print_as<print_no_queue>},
     {"ws_sp_wan_val", kModuleQos, kQosLineSpeedValue, 102400, sizeof(QosSpeedValues), 5, "set/get wanid [0-99]", parse_line_speed_value, print_as<print_speed_value>},
 };
