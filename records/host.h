@@ -13,6 +13,10 @@ enum HostCommand : uint32_t {
   kHostSetAgeing = 24,
   kHostSetAgeing3 = 29,
   kHostThirdList = 40,
+  kHostTmpLimit = 41,
+  kHostConnectionShowSet = 43,
+  kHostConnectionShowGet = 44,
+  kHostSignal = 46,
   kHostRedirect = 51,
   kHostWsList = 62,
   kHostSetMac = 63,
@@ -245,3 +249,37 @@ struct HostMac {
 };
 static_assert(sizeof(HostMac) == 26 && offsetof(HostMac, mac) == 20);
 static_assert(is_described<HostMac>());
+
+// A limit that a host has until it is gone.
+struct HostTmpLimit {
+  IpAddress ip;
+  uint32_t sx;
+  uint32_t xx;
+
+  static constexpr void each_field(auto& r, auto&& field) {
+    field("ip", r.ip), field("sx", r.sx), field("xx", r.xx);
+  }
+};
+static_assert(sizeof(HostTmpLimit) == 28 && offsetof(HostTmpLimit, sx) == 20);
+static_assert(is_described<HostTmpLimit>());
+
+// Whether the lists of hosts' connections are on display.
+struct HostConnectionShow {
+  uint32_t en;
+
+  static constexpr void each_field(auto& r, auto&& field) { field("en", r.en); }
+};
+static_assert(is_described<HostConnectionShow>());
+
+// How well a wireless client is heard.
+struct ClientSignal {
+  Mac mac;
+  int8_t rssi;  // dBm
+  Unused<9> unused;
+
+  static constexpr void each_field(auto& r, auto&& field) {
+    field("mac", r.mac), field("rssi", r.rssi), field("", r.unused);
+  }
+};
+static_assert(sizeof(ClientSignal) == 16 && offsetof(ClientSignal, rssi) == 6);
+static_assert(is_described<ClientSignal>());

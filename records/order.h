@@ -24,6 +24,7 @@ constexpr uint32_t kModulePppFast = 45;
 constexpr uint32_t kModuleDdos = 56;
 constexpr uint32_t kModuleMacUser = 62;
 constexpr uint32_t kModuleAudit = 69;
+constexpr uint32_t kModuleNetlink = 74;
 constexpr uint32_t kModuleUrlFilter = 82;
 
 // All header fields are in the machine's byte order.

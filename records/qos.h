@@ -27,6 +27,8 @@ enum QosCommand : uint32_t {
   kQosRuleDel = 21,
   kQosRuleGet = 22,
   kQosRuleList = 23,
+  kQosDelaySet = 24,
+  kQosDelayGet = 25,
   kQosSkb = 26,
   kQosDevInfo = 27,
   kQosVpnLimit = 30,
@@ -223,6 +225,34 @@ struct QosNoQueue {
 };
 static_assert(sizeof(QosNoQueue) == 28);
 static_assert(is_described<QosNoQueue>());
+
+// Control of a device's speed by the delay on the way to a server.
+struct QosDelayControl {
+  char dev[16];
+  uint8_t en;
+  uint8_t level;
+  Unused<2> unused;
+  uint16_t dely_min;
+  uint16_t dely_max;
+  char server_name[24];  // where the server is no address
+  Ip4 server;
+  Ip4 tmp_ip;  // this and the next: only in the answer
+  int32_t up_max;
+  int32_t down_max;
+  int32_t up_set;
+  int32_t down_set;
+
+  static constexpr void each_field(auto& r, auto&& field) {
+    field("dev", r.dev), field("en", r.en), field("level", r.level), field("", r.unused),
+        field("dely_min", r.dely_min), field("dely_max", r.dely_max), field("server_name", r.server_name),
+        field("server", r.server), field("tmp_ip", r.tmp_ip), field("up_max", r.up_max),
+        field("down_max", r.down_max), field("up_set", r.up_set), field("down_set", r.down_set);
+  }
+};
+static_assert(sizeof(QosDelayControl) == 72 && offsetof(QosDelayControl, dely_min) == 20 &&
+              offsetof(QosDelayControl, server_name) == 24 && offsetof(QosDelayControl, server) == 48 &&
+              offsetof(QosDelayControl, up_max) == 56);
+static_assert(is_described<QosDelayControl>());
 
 // Packet buffers that a device holds; the entries of its hosts follow.
 struct SkbReport {

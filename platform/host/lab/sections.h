@@ -27,3 +27,5 @@ extern const Section kAuditSection;
 extern const Section kLeasesSection;
 extern const Section kDhcpSection;
 extern const Section kDnsCacheSection;
+extern const Section kSignalsSection;
+extern const Section kDelaysSection;

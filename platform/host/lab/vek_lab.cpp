@@ -40,6 +40,8 @@ constexpr const Section* kSections[] = {
     &kLeasesSection,
     &kDhcpSection,
     &kDnsCacheSection,
+    &kSignalsSection,
+    &kDelaysSection,
 };
 // clang-format on
 

@@ -22,6 +22,7 @@ constexpr uint32_t kMaxAgeing = 7 * 24 * 60;  // minutes
 constexpr uint32_t kFirstAgeing = 30;
 constexpr const char* kAgeing = "ageing";
 constexpr const char* kAgeing3 = "ageing3";
+constexpr const char* kConnectionShow = "connection_show";
 
 constexpr uint64_t kFlagSeen = 1;  // of a neighbour, in its flag word
 
@@ -127,6 +128,15 @@ Hosts look(Store& store) {
     scanned.read(ip, mac);
     const auto host = hosts.find(ip);
     if (host != hosts.end()) host->second.host.real_mac = mac;
+  }
+  Statement limited = store.query("SELECT ip, sx, xx FROM host_tmp_limit");
+  while (limited.next()) {
+    HostTmpLimit limit = {};
+    limited.read_fields(limit);
+    const auto host = hosts.find(limit.ip);
+    if (host == hosts.end()) continue;
+    host->second.host.tmp_speed_limit_up = static_cast<int32_t>(limit.sx);
+    host->second.host.tmp_speed_limit_down = static_cast<int32_t>(limit.xx);
   }
   const int64_t ageing = host_ageing_seconds(store);
   const uint64_t present = calendar_seconds();
@@ -236,6 +246,28 @@ void set_mac(Store& store, const HostMac& update) {
   store.put("host_real_mac", update);
 }
 
+// 0 lifts a limit, that of a lab included.
+void set_tmp_limit(Store& store, const HostTmpLimit& limit) {
+  require_host(store, limit.ip);
+  refuse_unless(std::max(limit.sx, limit.xx) <= INT32_MAX, kBadNumber);
+  store.put("host_tmp_limit", limit);
+}
+
+void set_connection_show(Store& store, const HostConnectionShow& show) {
+  check_switch(show.en);
+  set_setting(store, kModuleHost, kConnectionShow, show.en);
+}
+
+void get_connection_show(Store& store, HostConnectionShow& show) {
+  show.en = get_setting(store, kModuleHost, kConnectionShow);
+}
+
+void get_signal(Store& store, ClientSignal& signal) {
+  Statement row = store.query("SELECT rssi FROM client_signal WHERE mac = ?", signal.mac);
+  refuse_unless(row.next(), kUnknownHost);
+  row.read(signal.rssi);
+}
+
 constexpr const char* kSchema[] = {R"(
 CREATE TABLE host (
   id INTEGER PRIMARY KEY,
@@ -290,7 +322,17 @@ CREATE TRIGGER host_neighbour_gone AFTER DELETE ON host_neighbour
 WHEN NOT EXISTS (SELECT * FROM host WHERE ip = old.ip) BEGIN
   DELETE FROM host_real_mac WHERE ip = old.ip;
   DELETE FROM host_redirect WHERE ip = old.ip;
-END)"};
+END)",
+                                   R"(
+CREATE TABLE host_tmp_limit (ip BLOB PRIMARY KEY, sx INTEGER NOT NULL, xx INTEGER NOT NULL) WITHOUT ROWID;
+CREATE TRIGGER host_tmp_limit_gone AFTER DELETE ON host BEGIN
+  DELETE FROM host_tmp_limit WHERE ip = old.ip;
+END;
+CREATE TRIGGER host_tmp_limit_of_neighbour_gone AFTER DELETE ON host_neighbour
+WHEN NOT EXISTS (SELECT * FROM host WHERE ip = old.ip) BEGIN
+  DELETE FROM host_tmp_limit WHERE ip = old.ip;
+END;
+CREATE TABLE client_signal (mac BLOB PRIMARY KEY, rssi INTEGER NOT NULL) WITHOUT ROWID)"};
 
 constexpr Command kCommands[] = {
     {kHostList, kWrites, run_as<list>},
@@ -299,6 +341,10 @@ constexpr Command kCommands[] = {
     {kHostSetAgeing, kWrites, run_as<set_ageing>},
     {kHostSetAgeing3, kWrites, run_as<set_third_ageing>},
     {kHostThirdList, kWrites, run_as<third_list>},
+    {kHostTmpLimit, kWrites, run_as<set_tmp_limit>},
+    {kHostConnectionShowSet, kWrites, run_as<set_connection_show>},
+    {kHostConnectionShowGet, kReads, run_as<get_connection_show>},
+    {kHostSignal, kReads, run_as<get_signal>},
     {kHostRedirect, kWrites, run_as<redirect>},
     {kHostWsList, kWrites, run_as<wireless_list>},
     {kHostSetMac, kWrites, run_as<set_mac>},

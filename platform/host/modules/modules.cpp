@@ -12,6 +12,7 @@ namespace {
 // clang-format off
 constexpr const Module* kModules[] = {
     &kGeneralModule,
+    &kSwitchModule,
     &kDevmgModule,
     &kArpModule,
     &kDnsModule,
@@ -19,7 +20,9 @@ constexpr const Module* kModules[] = {
     &kFlushModule,
     &kPppoeModule,
     &kMrModule,
+    &kIgmpModule,
     &kRuleModule,
+    &kAlgModule,
     &kHostModule,
     &kQosModule,
     &kSpeedRuleModule,
@@ -34,6 +37,7 @@ constexpr const Module* kModules[] = {
     &kPppFastModule,
     &kMacUserModule,
     &kAuditModule,
+    &kNetlinkModule,
     &kUrlFilterModule,
 };
 // clang-format on

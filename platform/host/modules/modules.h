@@ -6,6 +6,7 @@
 #include "modules/module.h"
 
 extern const Module kGeneralModule;
+extern const Module kSwitchModule;
 extern const Module kDevmgModule;
 extern const Module kArpModule;
 extern const Module kDnsModule;
@@ -13,7 +14,9 @@ extern const Module kDhcpModule;
 extern const Module kFlushModule;
 extern const Module kPppoeModule;
 extern const Module kMrModule;
+extern const Module kIgmpModule;
 extern const Module kRuleModule;
+extern const Module kAlgModule;
 extern const Module kHostModule;
 extern const Module kQosModule;
 extern const Module kSpeedRuleModule;
@@ -28,6 +31,7 @@ extern const Module kPppoeBridgeModule;
 extern const Module kPppFastModule;
 extern const Module kMacUserModule;
 extern const Module kAuditModule;
+extern const Module kNetlinkModule;
 extern const Module kUrlFilterModule;
 
 std::span<const Module* const> all_modules();

@@ -104,6 +104,44 @@ void no_queue(Store& store, QosNoQueue& values) {
   if (row.next()) row.read(values.up, values.down);
 }
 
+// A server that is no address came in as a name; nothing has a name of figures alone.
+void check_server(const QosDelayControl& control) {
+  const std::string_view name = text(control.server_name);
+  if (control.server != Ip4{}) {
+    refuse_unless(is_host_ip(control.server), kBadAddress);
+  } else {
+    refuse_unless(name.find_first_not_of("0123456789.") != name.npos, kBadAddress);
+    check_domain(name);
+  }
+}
+
+// Who switches it off says nothing else.
+void set_delay_control(Store& store, const QosDelayControl& control) {
+  require_device(store, text(control.dev));
+  check_switch(control.en);
+  if (control.en != 0) {
+    check_server(control);
+    refuse_unless(control.dely_min <= control.dely_max, kBadRange);
+  }
+  store.execute(
+      "INSERT OR REPLACE INTO qos_delay VALUES (:dev, :en, :level, :dely_min, :dely_max, :server_name,"
+      "  :server)",
+      control);
+  refuse_if_full(store, "qos_delay", kMaxDevices);
+}
+
+// What has been measured is a lab's word.
+void get_delay_control(Store& store, QosDelayControl& control) {
+  require_device(store, text(control.dev));
+  QosDelayControl found = {};
+  copy_text(found.dev, text(control.dev));
+  Statement row = store.query("SELECT * FROM qos_delay WHERE dev = ?", found.dev);
+  if (row.next()) row.read_fields(found);
+  Statement fact = store.query("SELECT * FROM qos_delay_fact WHERE dev = ?", found.dev);
+  if (fact.next()) fact.read_fields(found);
+  control = found;
+}
+
 // The words of a record, each kept under its name.
 constexpr const char* kExtNames[] = {
     "hi_up",  "hi_down",    "ct_num1",    "ct_num2",        "ct_udp_num1",       "ct_udp_num2",
@@ -277,7 +315,28 @@ INSERT INTO qos_line_speed
   SELECT wanid, coalesce(unicode(CAST(substr(by_line, wanid + 1, 1) AS TEXT)), 0) FROM line, qos_speed_value;
 INSERT INTO setting
   SELECT 14, 'speed_value', coalesce(unicode(CAST(substr(by_line, 256, 1) AS TEXT)), 0) FROM qos_speed_value;
-DROP TABLE qos_speed_value)"};
+DROP TABLE qos_speed_value)",
+                                   R"(
+CREATE TABLE qos_delay (
+  dev TEXT PRIMARY KEY,
+  en INTEGER NOT NULL,
+  level INTEGER NOT NULL,
+  dely_min INTEGER NOT NULL,
+  dely_max INTEGER NOT NULL,
+  server_name TEXT NOT NULL,
+  server INTEGER NOT NULL
+) WITHOUT ROWID;
+CREATE TRIGGER qos_delay_goes AFTER DELETE ON interface BEGIN
+  DELETE FROM qos_delay WHERE dev = old.dev;
+END;
+CREATE TABLE qos_delay_fact (             -- a lab's word
+  dev TEXT PRIMARY KEY,
+  tmp_ip INTEGER NOT NULL,
+  up_max INTEGER NOT NULL,
+  down_max INTEGER NOT NULL,
+  up_set INTEGER NOT NULL,
+  down_set INTEGER NOT NULL
+) WITHOUT ROWID)"};
 
 constexpr Command kCommands[] = {
     {kQosSet, kWrites, run_as<set>},
@@ -287,6 +346,8 @@ constexpr Command kCommands[] = {
     {kQosExtSet, kWrites, run_as<ext_set>},
     {kQosExtGet, kReads, run_as<ext_get>},
     {kQosLevel, kWrites, run_as<set_level>},
+    {kQosDelaySet, kWrites, run_as<set_delay_control>},
+    {kQosDelayGet, kReads, run_as<get_delay_control>},
     {kQosSkb, kReads, run_as<skb>},
     {kQosDevInfo, kReads, run_as<device_info>},
     {kQosVpnLimit, kWrites, run_as<vpn_limit>},

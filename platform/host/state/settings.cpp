@@ -1,4 +1,4 @@
-// Single numbers that modules keep.
+// Single numbers and records of settings that modules keep.
 #include "state/settings.h"
 
 namespace {
@@ -9,6 +9,13 @@ CREATE TABLE setting (
   name TEXT NOT NULL,
   value INTEGER NOT NULL,
   PRIMARY KEY (module, name)
+) WITHOUT ROWID)",
+                                  R"(
+CREATE TABLE setting_record (
+  module INTEGER NOT NULL,
+  command INTEGER NOT NULL,
+  record BLOB NOT NULL,
+  PRIMARY KEY (module, command)
 ) WITHOUT ROWID)"};
 
 }  // namespace
