@@ -56,7 +56,7 @@ bool parse_gateways(AlgSettings& alg, const Args& args) {
 }
 
 void print_gateways(const AlgSettings& alg) {
-  constexpr const char* kNames[] = {"\nftp",  "tftp", "rtsp", "pptp", "l2tp",
+  constexpr const char* kNames[] = {"\nftp", "tftp", "rtsp", "pptp", "l2tp",
                                     "ipsec", "sip",  "h323", "snmp", "irc"};
   for (size_t i = 0; i < std::size(kNames); ++i) print("%s:%d\n", kNames[i], alg.gateways[i]);
 }

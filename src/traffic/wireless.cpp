@@ -26,7 +26,7 @@ void print_server_mode(const ApServerMode& mode) {
 constexpr int kBalances = 5;
 constexpr int kNetworks = 8;
 
-// As many as there are words for.
+// A word that is missing leaves its value 0.
 template <int kMost>
 bool set_values(ApValues& list, const Args& args) {
   for (int i = 0; i < kMost; ++i) list.values[i] = args.number(4 + i);

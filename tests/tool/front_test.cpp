@@ -22,7 +22,10 @@ TEST(CommandTable, HelpAndUnknownWords) {
            " 'hi qq' 'hi gxcfg_set' 'hi gxcfg_get' user 'user voucher_list' macuser 'macuser SET' rule"
            " dhcp 'dhcp list' dhcp_reserve dhcp_not_assign dns 'dns type_add' 'dns info' 'dns tebie' 'dns "
            "tebie x'"
-           " 'vlan get' pingfast")) {
+           " tmp_qos_xz 'tmp_qos_xz get' 'spzn list' hictlist_show ip_options_srr skb_delay 'alg ftp' igmp "
+           "vek_netlink"
+           " ac_server ap_balanced 'ap_rssi num' ap_rssi_5g ap_rssi_3w 5g_prio 'rssi set' 'vlan get' "
+           "pingfast")) {
     const Outcome outcome = vek(words);
     expect_unsent(outcome, 1, "", outcome.err);
     EXPECT_TRUE(outcome.err.starts_with(" " + split(words)[0] + "\t")) << outcome.err;

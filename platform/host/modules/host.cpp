@@ -249,7 +249,8 @@ void set_mac(Store& store, const HostMac& update) {
 // 0 lifts a limit, that of a lab included.
 void set_tmp_limit(Store& store, const HostTmpLimit& limit) {
   require_host(store, limit.ip);
-  refuse_unless(std::max(limit.sx, limit.xx) <= INT32_MAX, kBadNumber);
+  check_shown(limit.sx);
+  check_shown(limit.xx);
   store.put("host_tmp_limit", limit);
 }
 

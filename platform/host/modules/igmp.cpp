@@ -3,11 +3,12 @@
 #include "records/igmp.h"
 
 #include "linux/multicast.h"
+#include "modules/checks.h"
 #include "modules/general.h"
 #include "modules/modules.h"
 #include "modules/mr.h"
-#include "modules/pairs.h"
 #include "platform/address.h"
+#include "state/settings.h"
 
 namespace {
 
@@ -28,8 +29,8 @@ void show(Store& store, const IgmpShow& request, Order& order) {
   std::string text = "dev:" + dev + " num:" + std::to_string(groups.size());
   for (const MulticastGroup& group : groups) {
     char ip[64];
-    const std::string line = std::string("\n") + IpToStr(ip, group.ip.value) + " users:" +
-                             std::to_string(group.users);
+    const std::string line =
+        std::string("\n") + IpToStr(ip, group.ip.value) + " users:" + std::to_string(group.users);
     if (text.size() + line.size() < order.room(sizeof request)) text += line;
   }
   refuse_unless(order.answer_bytes(sizeof request, text.c_str(), static_cast<uint32_t>(text.size() + 1)),

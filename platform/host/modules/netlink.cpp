@@ -1,4 +1,5 @@
-// Registration of the processes that listen for notices (module 74). A process that is gone has left its slot.
+// Registration of the processes that listen for notices (module 74). A process that is gone has left its
+// slot.
 #include "records/netlink.h"
 
 #include <algorithm>

@@ -1,5 +1,5 @@
-// Settings that one command both sets and gets, for the modules that have no more to do than to check and keep
-// them.
+// Settings that one command both sets and gets, for the modules that have no more to do than to check and
+// keep them.
 #pragma once
 
 #include <cstdint>
@@ -8,8 +8,8 @@
 #include "modules/module.h"
 #include "state/settings.h"
 
-// Makes the function of such a row from void(const Record&), which refuses what is not to be set. The record's
-// first word is 1 to set and 0 to get; either is answered with what is kept.
+// Makes the function of such a row from void(const Record&), which refuses what is not to be set. The
+// record's first word is 1 to set and 0 to get; either is answered with what is kept.
 template <auto check>
 struct Pair;
 template <typename Record, void (*check)(const Record&)>
@@ -27,6 +27,3 @@ struct Pair<check> {
 };
 template <auto check>
 constexpr auto run_pair = Pair<check>::run;
-
-// The prints show numbers as signed: one that would come back as a negative was not meant.
-inline void check_shown(uint32_t number) { refuse_unless(number <= INT32_MAX, kBadNumber); }

@@ -34,16 +34,11 @@ void check_debug(const ApDebugMac& debug) {
 }
 
 constexpr Command kCommands[] = {
-    {kSourceRoute, kWrites, run_pair<check_source_route>},
-    {kPacketDelay, kWrites, run_pair<check_delay>},
-    {kApServer, kWrites, run_pair<check_server>},
-    {kApBalancedNum, kWrites, run_pair<check_values>},
-    {kApBalancedTrys, kWrites, run_pair<check_values>},
-    {kApRssi, kWrites, run_pair<check_threshold>},
-    {kApRssi5g, kWrites, run_pair<check_threshold>},
-    {kApRssi3w, kWrites, run_pair<check_threshold>},
-    {kPrio5gConf, kWrites, run_pair<check_values>},
-    {kPrio5gDebug, kWrites, run_pair<check_debug>},
+    {kSourceRoute, kWrites, run_pair<check_source_route>}, {kPacketDelay, kWrites, run_pair<check_delay>},
+    {kApServer, kWrites, run_pair<check_server>},          {kApBalancedNum, kWrites, run_pair<check_values>},
+    {kApBalancedTrys, kWrites, run_pair<check_values>},    {kApRssi, kWrites, run_pair<check_threshold>},
+    {kApRssi5g, kWrites, run_pair<check_threshold>},       {kApRssi3w, kWrites, run_pair<check_threshold>},
+    {kPrio5gConf, kWrites, run_pair<check_values>},        {kPrio5gDebug, kWrites, run_pair<check_debug>},
 };
 
 }  // namespace

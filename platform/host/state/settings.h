@@ -16,8 +16,8 @@ void set_setting(Store& store, uint32_t module, const char* name, uint32_t value
 template <typename Record>
 Record get_record(Store& store, uint32_t module, uint32_t command) {
   uint8_t bytes[sizeof(Record)] = {};
-  Statement row = store.query("SELECT record FROM setting_record WHERE module = ? AND command = ?", module,
-                              command);
+  Statement row =
+      store.query("SELECT record FROM setting_record WHERE module = ? AND command = ?", module, command);
   if (row.next()) row.read(bytes);
   return std::bit_cast<Record>(bytes);
 }
