@@ -84,7 +84,7 @@ TEST(Switches, PairsOfOneOrder) {
        "ap_rssi_3w get",
        {1, 56},
        "0:u32 1 28:u32 9",
-       "4:u8 5",
+       "4:u8 5 28:u32 0",
        "rssi:5,rate:0\n",
        "rssi rate",
        {"ap_rssi_3w set -75"}},
