@@ -47,11 +47,6 @@ class Args {
   void take(int first, Fields&... fields) const {
     (take_word(first++, fields), ...);
   }
-  // Consecutive words, each of them 0 or not.
-  template <size_t kCount>
-  void take_switches(int first, uint8_t (&switches)[kCount]) const {
-    for (uint8_t& each : switches) each = number(first++) != 0 ? 1 : 0;
-  }
 
  private:
   template <typename Number>

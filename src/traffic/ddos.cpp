@@ -47,13 +47,6 @@ void print_macs(const Answer& answer) {
   print("\n");
 }
 
-bool parse_wan_attack(WanAttack& attack, const Args& args) {
-  if (!args.is(3, "set")) return true;
-  attack.is_set = 1;
-  args.take(4, attack.en, attack.limit);
-  return args.count() >= 6;
-}
-
 void print_wan_attack(const WanAttack& attack) { print("en:%d,limit:%d\n", attack.en, attack.limit); }
 
 // ---- Profiles ----
@@ -193,7 +186,7 @@ constexpr SubCommand kDdosFy[] = {
 constexpr SubCommand kDdos[] = {
     {"mac_set", kModuleDdos, kDdosMacSet, 40480, 40000, 4, "mac", parse_as<parse_macs>, nullptr},
     {"mac_get", kModuleDdos, kDdosMacGet, 40480, 40000, 0, "", nullptr, print_as<print_macs>},
-    {"wan_attack", kModuleDdos, kDdosWanAttack, 1024, 1020, 4, "set/get en limit", parse_as<parse_wan_attack>, print_as<print_wan_attack>},
+    {"wan_attack", kModuleDdos, kDdosWanAttack, 1024, 1020, 4, "set/get en limit", parse_pair_of<&WanAttack::en, &WanAttack::limit>, print_as<print_wan_attack>},
     {"protect_set", kModuleDdos, kProtectSet, 10240, 10200, 6, kProtectUsage, parse_as<parse_profile>, nullptr},
     {"protect_dev_get", kModuleDdos, kProtectDevGet, 10240, 10200, 4, "dev", parse_words<&ProtectProfile::dev>, print_as<print_profile_of_device>},
     {"protect_del", kModuleDdos, kProtectDel, 4096, 4096, 4, "name", parse_words<&ProtectProfile::name>, nullptr},

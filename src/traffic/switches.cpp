@@ -51,7 +51,8 @@ void print_packet_delay(const SwitchValue& delay) { print("\ntime:%d\n", delay.v
 
 bool parse_gateways(AlgSettings& alg, const Args& args) {
   alg.is_set = 1;
-  args.take_switches(3, alg.gateways);
+  int word = 3;
+  for (uint8_t& gateway : alg.gateways) gateway = args.number(word++) != 0 ? 1 : 0;
   return true;
 }
 

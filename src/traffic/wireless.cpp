@@ -59,11 +59,11 @@ bool parse_first_threshold(ApThreshold& threshold, const Args& args) {
 }
 
 void print_threshold(const ApThreshold& threshold) {
-  print("rssi:%d,rate:%d\n", threshold.rssi, threshold.rate);
+  print("rssi:%d,rate:%d\n", int{threshold.rssi}, threshold.rate);
 }
 
 void print_first_threshold(const ApThreshold& threshold) {
-  print("rssi:%d,interval:%d,balance:%d,drop:%d,led:%d,macfilter:%d,rate:%d\n", threshold.rssi,
+  print("rssi:%d,interval:%d,balance:%d,drop:%d,led:%d,macfilter:%d,rate:%d\n", int{threshold.rssi},
         threshold.interval, threshold.balance, threshold.drop, threshold.led, threshold.macfilter,
         threshold.rate);
 }
@@ -72,7 +72,7 @@ bool set_debug_mac(ApDebugMac& debug, const Args& args) { return args.read(4, de
 void print_debug_mac(const ApDebugMac& debug) { print("mac:%s\n", debug.mac); }
 
 bool parse_client(ClientSignal& signal, const Args& args) { return args.read(3, signal.mac); }
-void print_signal(const ClientSignal& signal) { print("rssi: %d \n", signal.rssi); }
+void print_signal(const ClientSignal& signal) { print("rssi: %d \n", int{signal.rssi}); }
 
 constexpr const char* kNetworksUsage = "set/get ssid1 ssid2 ssid3 ssid4 ssid5";
 

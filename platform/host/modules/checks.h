@@ -28,9 +28,6 @@ inline void check_number(uint32_t value) { refuse_unless(value <= INT32_MAX, kBa
 
 inline void check_switch(uint32_t value) { refuse_unless(value <= 1, kBadSwitch); }
 
-// Most numbers are shown as signed: one that would come back as a negative was not meant.
-inline void check_shown(uint32_t number) { refuse_unless(number <= INT32_MAX, kBadNumber); }
-
 // A list shows the text, a line an entry.
 inline void check_text(std::string_view text) {
   for (const char c : text) refuse_unless(static_cast<uint8_t>(c) >= ' ' && c != 0x7f, kBadText);

@@ -249,8 +249,8 @@ void set_mac(Store& store, const HostMac& update) {
 // 0 lifts a limit, that of a lab included.
 void set_tmp_limit(Store& store, const HostTmpLimit& limit) {
   require_host(store, limit.ip);
-  check_shown(limit.sx);
-  check_shown(limit.xx);
+  check_number(limit.sx);
+  check_number(limit.xx);
   store.put("host_tmp_limit", limit);
 }
 

@@ -39,7 +39,7 @@ void show(Store& store, const IgmpShow& request, Order& order) {
 
 void mode(Store& store, const IgmpMode& request, Order& order) {
   if (request.is_set != 0) {
-    check_shown(request.mode);
+    check_number(request.mode);
     refuse_unless(request.range_bytes <= kIgmpRangeBytes, kTableFull);
     refuse_unless(request.range_bytes == request.range_count * sizeof(V4Range), kBadRecord);
     std::vector<uint8_t> bytes = order.request_bytes(uint32_t{sizeof request} + request.range_bytes);

@@ -9,23 +9,23 @@
 namespace {
 
 void check_source_route(const SwitchValue& source_route) { check_switch(source_route.value); }
-void check_delay(const SwitchValue& delay) { check_shown(delay.value); }
+void check_delay(const SwitchValue& delay) { check_number(delay.value); }
 
 void check_server(const ApServerMode& mode) {
   check_switch(mode.en);
   check_switch(mode.mode);
-  check_shown(mode.debug);
+  check_number(mode.debug);
 }
 
 void check_values(const ApValues& list) {
-  for (const uint32_t value : list.values) check_shown(value);
+  for (const uint32_t value : list.values) check_number(value);
 }
 
 // Nobody is heard with more than 0 dBm: that was no such number, or one that did not fit into its byte.
 void check_threshold(const ApThreshold& threshold) {
   refuse_unless(threshold.rssi <= 0, kBadNumber);
   check_switch(threshold.led);
-  check_shown(threshold.rate);
+  check_number(threshold.rate);
 }
 
 // All zero: nobody is watched.
