@@ -62,7 +62,11 @@ struct Unaligned {
   Unaligned() = default;
   constexpr Unaligned(Number number) : Unaligned(std::bit_cast<Unaligned>(number)) {}
   auto operator<=>(const Unaligned&) const = default;
-  constexpr Number value() const { return std::bit_cast<Number>(*this); }
+  Number value() const {
+    Number number;
+    memcpy(&number, bytes, sizeof number);
+    return number;
+  }
 };
 
 // A combined address value: the family is 4 or 6, or 0 for no address; an IPv4 address is the first four of
