@@ -1,5 +1,5 @@
-// Files, downloads, flash areas, and the loading and unloading of what depends on the filter module.
-// A null or empty path, URL or area name is a failure.
+// Files, downloads, and the loading and unloading of what depends on the filter module.
+// A null or empty path or URL is a failure.
 #pragma once
 
 #include <stdint.h>
@@ -22,12 +22,6 @@ int f_write(const char* path, const void* data, int length, int flags, uint32_t 
 // Fetches `url` over HTTP into the file `path`. Returns non-zero when the file was downloaded whole, 0 when
 // not.
 int httpd_wget(const char* url, const char* path);
-
-// Read or write `length` bytes at `offset` of the flash area `area`; the one area in use is "modules". A
-// write erases what it needs to. Return the number of bytes, a negative value on failure (also where the area
-// is too small).
-int general_flash_read(const char* area, void* buffer, uint32_t offset, uint32_t length);
-int general_flash_write(const char* area, const void* data, uint32_t offset, uint32_t length);
 
 // Unpacks the filter module that the flash area "modules" keeps, and loads it. Returns 0 on success.
 int pg2_download_from_flash(void);

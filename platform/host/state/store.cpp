@@ -167,9 +167,14 @@ void Statement::check(int code) const {
   if (code != SQLITE_OK) throw_database_error(sqlite3_db_handle(statement_));
 }
 
-Store::Store(const char* name, std::span<const Schema> schemas, Access access) {
-  const std::string folder = state_folder();
+std::string require_state_folder() {
+  std::string folder = state_folder();
   require_folder(folder);
+  return folder;
+}
+
+Store::Store(const char* name, std::span<const Schema> schemas, Access access) {
+  const std::string folder = require_state_folder();
   // In front of a path like this one, "file:" has no meaning to SQLite.
   const std::string file = (folder.starts_with('/') ? "" : "./") + folder + "/" + name;
   require_file(file);

@@ -39,6 +39,9 @@ void copy_text(char (&field)[kSize], std::string_view value) {
   memset(field + length, 0, kSize - length);
 }
 
+// The folder that the store's files are in, made where it is missing. Throws when it is not ours alone.
+std::string require_state_folder();
+
 // A query under way. Fields of records take part as what they mean: an Ip4, a HostIp4 or a Port as its
 // number, so that it sorts and compares, other addresses and uint8_t[N] as bytes, bits as their word.
 class Statement {
