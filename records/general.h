@@ -6,7 +6,7 @@
 
 #include "records/field.h"
 
-enum GeneralCommand : uint32_t { kErrorInfo = 5, kMemoryReport = 7 };
+enum GeneralCommand : uint32_t { kErrorInfo = 5, kMemoryReport = 7, kWatchdog = 73 };
 
 struct ErrorInfo {
   uint32_t number;
@@ -26,3 +26,13 @@ enum ErrorInfoMode : uint32_t {
   kErrorInfoStore = 2,
   kErrorInfoErase = 3
 };
+
+struct WatchdogOrder {
+  uint32_t action;  // WatchdogAction
+
+  static constexpr void each_field(auto& r, auto&& field) { field("action", r.action); }
+};
+static_assert(sizeof(WatchdogOrder) == 4);
+static_assert(is_described<WatchdogOrder>());
+
+enum WatchdogAction : uint32_t { kWatchdogStart = 1, kWatchdogStop = 2, kWatchdogPing = 3 };

@@ -16,6 +16,7 @@ constexpr uint32_t kModuleDdosFy = 12;
 constexpr uint32_t kModuleHost = 13;
 constexpr uint32_t kModuleQos = 14;
 constexpr uint32_t kModuleUser = 16;
+constexpr uint32_t kModuleSwitchChip = 32;
 constexpr uint32_t kModuleBbsFilter = 35;
 constexpr uint32_t kModulePostfixFilter = 36;
 constexpr uint32_t kModulePostForbid = 37;

@@ -6,6 +6,7 @@
 #include "args/print.h"
 #include "audit/commands.h"
 #include "auth/commands.h"
+#include "board/commands.h"
 #include "net/commands.h"
 #include "order/commands.h"
 #include "rules/commands.h"
@@ -91,7 +92,7 @@ constexpr CommandEntry kCommandTable[] = {
     {"ap_rssi_3w", cmd_ap_rssi_3w, "set/get num"},
     {"5g_prio", cmd_prio_5g, "conf debug"},
     {"ac_server", cmd_ac_server, "mode"},
-    {"rtl", nullptr,
+    {"rtl", cmd_rtl,
      "rtl reg r [addr]\n"
      "rtl reg w [addr] [val]   -- [addr] and [val] are in hex\n"
      "rtl vlan set [vid] [membermask] [untagmask] [fid]\n"
@@ -126,15 +127,15 @@ constexpr CommandEntry kCommandTable[] = {
     {"bridge", cmd_usage_only, "set get mac_show"},
     {"x86_lan_vlan", cmd_usage_only, "en[0/1]"},
     {"hictlist_show", cmd_hictlist_show, "set get"},
-    {"param", nullptr, "erase"},
-    {"syslog", nullptr, "type_id data"},
+    {"param", cmd_param, "erase"},
+    {"syslog", cmd_syslog, "type_id data"},
     {"router_domain", cmd_usage_only, "set get"},
     {"lan_mac", cmd_usage_only, "set get"},
     {"pppoe_group", cmd_pppoe_group, "add del list speed_set"},
     {"fls", cmd_fls, ""},
     {"dns_more", cmd_usage_only, "hitype dnswan dnstype dnstype_item dnswan_rule opt dnsips dnssb"},
     {"dns_more_check", cmd_usage_only, "restart"},
-    {"usblog", nullptr, "save"},
+    {"usblog", cmd_usblog, "save"},
     {"sj", cmd_sj, "set/get en[0/1] info_en ct_num url_num qq_num mail_num bbs_num"},
     {"sj2", cmd_sj2,
      "set/get en[0/1] ct_num qq_num mail_num httpget_num post_num post_len\n"
@@ -155,15 +156,15 @@ constexpr CommandEntry kCommandTable[] = {
     {"usb_acc", cmd_usage_only, "en ip mac"},
     {"ip_options_srr", cmd_ip_options_srr, "set get"},
     {"vek_netlink", cmd_vek_netlink, " register pid\n unregister pid\n list"},
-    {"led", nullptr, "on/off"},
-    {"turn_phy", nullptr, "on|off"},
+    {"led", cmd_led, "on/off"},
+    {"turn_phy", cmd_turn_phy, "on|off"},
     {"igmp", cmd_igmp, "mode show debug"},
     {"skb_delay", cmd_skb_delay, "set get"},
     {"alg", cmd_alg, "set get"},
     {"ip_group", cmd_usage_only, "list"},
     {"user_group", cmd_usage_only, "list"},
-    {"zentrik_plugin", nullptr, "set get clean filename"},
-    {"watchdog", nullptr, "start stop ping"},
+    {"zentrik_plugin", cmd_zentrik_plugin, "set get clean filename"},
+    {"watchdog", cmd_watchdog, "start stop ping"},
     {nullptr, nullptr, nullptr},
 };
 // clang-format on

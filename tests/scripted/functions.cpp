@@ -1,15 +1,19 @@
 // The other functions of the scripted platform library: each logs its call and answers what it is told to.
 #include <fcntl.h>
 
+#include <cstdarg>
 #include <cstdio>
 #include <cstring>
 
 #include "platform/auth.h"
+#include "platform/board.h"
 #include "platform/dhcp.h"
 #include "platform/file.h"
+#include "platform/flash.h"
 #include "platform/line.h"
 #include "platform/nvram.h"
 #include "platform/snmp.h"
+#include "platform/switch_chip.h"
 #include "script.h"
 
 namespace {
@@ -41,6 +45,14 @@ Text text_of_key(Text function, Text key) {
   char name[128];
   snprintf(name, sizeof name, "%s:%s", function, key);
   return next_text(name, value);
+}
+
+// A call with a record of the switch chip, all of whose bytes are logged, as digits.
+template <typename... Op>
+int operate(Text function, void* record, size_t size, Op... op) {
+  char digits[64];
+  for (size_t i = 0; i < size; ++i) snprintf(digits + 2 * i, 3, "%02x", static_cast<uint8_t*>(record)[i]);
+  return fill(function, record, size, static_cast<Text>(digits), op...);
 }
 
 }  // namespace
@@ -112,6 +124,56 @@ Text tvl_vpnget(Text name, Number index) {
   log_call({__func__, name, index});
   static char key[1024];
   return next_text(__func__, key);
+}
+
+int ap_led_ctrl(int value) { return call(__func__, static_cast<Number>(value)); }
+int usblog_mount_state(void) { return call(__func__); }
+int _eval(char* const argv[], Text path, int timeout, int* pid) {
+  char words[1024] = {};
+  for (; *argv != nullptr; ++argv) {
+    const size_t length = strlen(words);
+    snprintf(words + length, sizeof words - length, "[%s]", *argv);
+  }
+  return call(__func__, static_cast<Text>(words), path, static_cast<Number>(timeout),
+              pid == nullptr ? "(null)" : "");
+}
+int sys_log_write(Number type, Text format, ...) {
+  char line[1024];
+  va_list values;
+  va_start(values, format);
+  vsnprintf(line, sizeof line, format, values);
+  va_end(values);
+  return call(__func__, type, static_cast<Text>(line));
+}
+
+int flash_erase_mtd(Text name, Number offset, Number length) { return call(__func__, name, offset, length); }
+int flash_zentrik_plugin_write(Text path) { return call(__func__, path); }
+int flash_zentrik_plugin_read(Text path) { return call(__func__, path); }
+int flash_zentrik_plugin_clean(Text path) { return call(__func__, path); }
+
+int rtl8367_reg_opt(SwitchRegRecord* record, int op) {
+  return operate(__func__, record, sizeof *record, static_cast<Number>(op));
+}
+int rtl8367_port_opt(PortStatusRecord* record, int op) {
+  return operate(__func__, record, sizeof *record, static_cast<Number>(op));
+}
+#define CHIP(name, Record) \
+  int rtl8367_##name##_opt(Record* record) { return operate(__func__, record, sizeof *record); }
+CHIP(phy, SwitchPhyRecord)
+CHIP(vlan, SwitchVlanRecord)
+CHIP(pvid, SwitchPvidRecord)
+CHIP(efid, SwitchEfidRecord)
+CHIP(mirror, SwitchMirrorRecord)
+CHIP(mib, SwitchMibRecord)
+CHIP(acl, AclMacRecord)
+CHIP(acl_port, SwitchAclPortRecord)
+CHIP(acl_etype, SwitchAclEtypeRecord)
+CHIP(rate_ctl, SwitchRateRecord)
+CHIP(delay, SwitchDelayRecord)
+CHIP(switch_id, SwitchIdRecord)
+#undef CHIP
+int turn_on_phy(int on, int chip_type) {
+  return call(__func__, static_cast<Number>(on), static_cast<Number>(chip_type));
 }
 
 // Done for real: what is sent is received by the tests.
