@@ -26,11 +26,10 @@ struct Values {
   PortStatusRecord port;
 };
 
+// With what lies between the fields.
 template <typename Record>
-Record zeroed() {
-  Record record;
-  memset(&record, 0, sizeof record);  // with what lies between the fields
-  return record;
+void zero(Record& record) {
+  memset(&record, 0, sizeof record);
 }
 
 struct NoKind {};
@@ -48,7 +47,8 @@ template <auto function, auto kind, auto... numbers>
 int call(Values& values) {
   using Record = typename RecordOf<decltype(function)>::type;
   constexpr bool has_kind = !std::is_same_v<decltype(kind), const NoKind>;
-  auto record = zeroed<Record>();
+  Record record;
+  zero(record);
   record.op = values.op;
   if constexpr (has_kind) record.*kind = values.kind;
   const uint32_t* number = values.numbers;
@@ -69,7 +69,8 @@ int call(Values& values) {
 int call_rate(Values& values) {
   constexpr uint32_t kMostMbps = 1024;
   constexpr uint32_t kNoLimit = 0xffff8;
-  auto record = zeroed<SwitchRateRecord>();
+  SwitchRateRecord record;
+  zero(record);
   uint32_t& rate = values.numbers[1];
   record.op = values.op;
   record.direction = values.kind;
@@ -86,7 +87,8 @@ int call_rate(Values& values) {
 }
 
 int call_acl(Values& values) {
-  auto record = zeroed<AclMacRecord>();
+  AclMacRecord record;
+  zero(record);
   record.add = values.op;
   record.match = values.kind;
   memcpy(record.mac_value, values.macs[0].bytes, sizeof record.mac_value);
@@ -275,6 +277,7 @@ int run_operation(const Group& group, const Args& args) {
   const Operation* const row = find_operation(group, args);
   if (row == nullptr && group.style == Group::kOthersIgnored && args.count() > 3) return kStatusOk;
   Values values = {};
+  zero(values.port);
   if (row == nullptr || args.count() < row->min_words || !read_words(values, row->words, args)) {
     print_error(" %s\t%s %s %s\n", args[0], args[1], args[2], group.usage);
     return kStatusRejected;

@@ -5,11 +5,10 @@
 
 #include <algorithm>
 
-#include "api/guard.h"
+#include "api/transact.h"
 #include "modules/checks.h"
 #include "modules/host.h"
 #include "modules/macuser.h"
-#include "modules/modules.h"
 #include "modules/user.h"
 #include "platform/address.h"
 #include "records/user.h"
@@ -26,22 +25,6 @@ constexpr uint32_t kMaxPort = 65535;
 constexpr const char* kMustLogIn = "must log in";
 constexpr const char* kLoginSeconds = "login seconds";
 constexpr const char* kMaxLogins = "max logins";
-
-// What is refused changes nothing and returns the result code, negated.
-template <typename Work>
-int transact(Access access, Work work) {
-  const auto transaction = [access, &work] {
-    try {
-      Store store = open_state(access);
-      const int result = work(store);
-      store.commit();
-      return result;
-    } catch (const Refusal& refusal) {
-      return -static_cast<int>(refusal.code);
-    }
-  };
-  return guarded(transaction, -1);
-}
 
 // As much of the text as fits, with its NUL. Returns the length of it all.
 int write_text(char* buffer, uint32_t room, std::string_view text) {

@@ -29,3 +29,4 @@ extern const Section kDhcpSection;
 extern const Section kDnsCacheSection;
 extern const Section kSignalsSection;
 extern const Section kDelaysSection;
+extern const Section kSwitchPortsSection;

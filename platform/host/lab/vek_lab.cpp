@@ -14,9 +14,11 @@
 #include "lab/hosts.h"
 #include "lab/made_hosts.h"
 #include "lab/sections.h"
+#include "modules/board.h"
 #include "modules/dnsmasq.h"
 #include "modules/host.h"
 #include "modules/modules.h"
+#include "state/parameters.h"
 
 namespace {
 
@@ -42,6 +44,7 @@ constexpr const Section* kSections[] = {
     &kDnsCacheSection,
     &kSignalsSection,
     &kDelaysSection,
+    &kSwitchPortsSection,
 };
 // clang-format on
 
@@ -115,6 +118,7 @@ void show(const char*) {
   for (const Section* section : kSections) {
     printf("%s: %lld\n", section->name, static_cast<long long>(section->count(store)));
   }
+  fputs(describe_board(store).c_str(), stdout);
 }
 
 void make_hosts(const char* word) {
@@ -129,17 +133,23 @@ void make_hosts(const char* word) {
   store.commit();
 }
 
+// What a start of the machine does to the state: what was not committed of the parameters is gone.
+void reboot(const char*) {
+  restart_parameters();
+  Store store = open_state(kWrites);
+  restart_board(store);
+  store.commit();
+}
+
 struct Action {
   std::string_view word;
   int arguments;
   void (*run)(const char* argument);
 };
 
-constexpr Action kActions[] = {{"load", 1, load},
-                               {"reset", 0, reset},
-                               {"show", 0, show},
-                               {"hosts", 1, make_hosts},
-                               {"audit-listen", 0, audit_listen}};
+constexpr Action kActions[] = {{"load", 1, load},        {"reset", 0, reset},
+                               {"show", 0, show},        {"reboot", 0, reboot},
+                               {"hosts", 1, make_hosts}, {"audit-listen", 0, audit_listen}};
 
 // Nothing ends here but what needs memory where it cannot be refused: throwing, and letting go of JSON.
 [[noreturn]] void end() {
@@ -164,6 +174,9 @@ int main(int argc, char** argv) {
     }
     return 1;
   }
-  fputs("vek-lab load FILE\nvek-lab reset\nvek-lab show\nvek-lab hosts N\nvek-lab audit-listen\n", stderr);
+  fputs(
+      "vek-lab load FILE\nvek-lab reset\nvek-lab show\nvek-lab reboot\nvek-lab hosts N\nvek-lab "
+      "audit-listen\n",
+      stderr);
   return 1;
 }

@@ -2,10 +2,13 @@
 // Linux's own headers: the smallest library for them would take a tenth of the time that every vek starts in.
 #include "linux/net.h"
 
+#include <linux/ethtool.h>
 #include <linux/neighbour.h>
 #include <linux/rtnetlink.h>
+#include <linux/sockios.h>
 #include <net/if.h>
 #include <netinet/in.h>
+#include <sys/ioctl.h>
 #include <sys/socket.h>
 #include <unistd.h>
 
@@ -212,6 +215,20 @@ std::optional<Interface> linux_interface(std::string_view dev) {
   std::vector<Interface> found = ask_interfaces(dev);
   if (found.empty()) return std::nullopt;
   return std::move(found.front());
+}
+
+std::optional<LinkSpeed> linux_link_speed(const std::string& dev) {
+  ethtool_cmd settings = {};
+  settings.cmd = ETHTOOL_GSET;
+  ifreq request = {};
+  memcpy(request.ifr_name, dev.data(), std::min(dev.size(), sizeof request.ifr_name - 1));
+  request.ifr_data = reinterpret_cast<char*>(&settings);
+  const int fd = socket(AF_INET, SOCK_DGRAM | SOCK_CLOEXEC, 0);
+  const bool is_told = fd >= 0 && ioctl(fd, SIOCETHTOOL, &request) == 0;
+  if (fd >= 0) close(fd);
+  const uint32_t mbps = ethtool_cmd_speed(&settings);
+  if (!is_told || mbps == 0 || mbps == static_cast<uint32_t>(SPEED_UNKNOWN)) return {};
+  return LinkSpeed{mbps, settings.duplex != DUPLEX_HALF};
 }
 
 std::map<std::string, Ip4> linux_own_ips() {

@@ -31,6 +31,14 @@ std::vector<Interface> linux_interfaces();
 // None when Linux does not have it.
 std::optional<Interface> linux_interface(std::string_view dev);
 
+struct LinkSpeed {
+  uint32_t mbps;
+  bool is_full_duplex;
+};
+
+// None where the interface has no speed of its own, as bridges without ports.
+std::optional<LinkSpeed> linux_link_speed(const std::string& dev);
+
 // The machine's own IPv4 addresses, the first one of each interface that has any.
 std::map<std::string, Ip4> linux_own_ips();
 

@@ -8,6 +8,7 @@
 #include <unistd.h>
 
 #include <cerrno>
+#include <climits>
 #include <csignal>
 #include <cstdio>
 #include <cstring>
@@ -35,6 +36,40 @@ class ChildSignal {
  private:
   struct sigaction before_;
 };
+
+class FileActions {
+ public:
+  FileActions() {
+    posix_spawn_file_actions_init(&actions_);
+    open(STDIN_FILENO, "/dev/null", O_RDONLY);
+  }
+  ~FileActions() { posix_spawn_file_actions_destroy(&actions_); }
+  FileActions(const FileActions&) = delete;
+  FileActions& operator=(const FileActions&) = delete;
+
+  void open(int descriptor, const char* file, int flags) {
+    posix_spawn_file_actions_addopen(&actions_, descriptor, file, flags, 0600);
+  }
+  const posix_spawn_file_actions_t* get() const { return &actions_; }
+
+ private:
+  posix_spawn_file_actions_t actions_;
+};
+
+pid_t spawn(char* const argv[], const FileActions& actions) {
+  pid_t child = 0;
+  const int error = posix_spawnp(&child, argv[0], actions.get(), nullptr, argv, environ);
+  if (error != 0) throw std::runtime_error(std::string(argv[0]) + " cannot be run: " + strerror(error));
+  return child;
+}
+
+int wait_for(pid_t child) {
+  int status = 0;
+  while (waitpid(child, &status, 0) < 0) {
+    if (errno != EINTR) throw std::runtime_error(std::string("a program's end: ") + strerror(errno));
+  }
+  return WIFEXITED(status) ? WEXITSTATUS(status) : 128 + WTERMSIG(status);
+}
 
 struct FileCloser {
   void operator()(FILE* file) const { fclose(file); }
@@ -75,20 +110,30 @@ int run_program(const std::vector<std::string>& words, Output output) {
   for (const std::string& word : words) argv.push_back(const_cast<char*>(word.c_str()));
   argv.push_back(nullptr);
   const ChildSignal child_signal;
-  posix_spawn_file_actions_t actions;
-  posix_spawn_file_actions_init(&actions);
-  posix_spawn_file_actions_addopen(&actions, STDIN_FILENO, "/dev/null", O_RDONLY, 0);
+  FileActions actions;
   if (output == kSilenced) {
-    posix_spawn_file_actions_addopen(&actions, STDOUT_FILENO, "/dev/null", O_WRONLY, 0);
-    posix_spawn_file_actions_addopen(&actions, STDERR_FILENO, "/dev/null", O_WRONLY, 0);
+    actions.open(STDOUT_FILENO, "/dev/null", O_WRONLY);
+    actions.open(STDERR_FILENO, "/dev/null", O_WRONLY);
   }
-  pid_t child = 0;
-  const int error = posix_spawnp(&child, argv[0], &actions, nullptr, argv.data(), environ);
-  posix_spawn_file_actions_destroy(&actions);
-  if (error != 0) throw std::runtime_error(words[0] + " cannot be run: " + strerror(error));
-  int status = 0;
-  while (waitpid(child, &status, 0) < 0 && errno == EINTR) continue;
-  return WIFEXITED(status) ? WEXITSTATUS(status) : 128 + WTERMSIG(status);
+  return wait_for(spawn(argv.data(), actions));
+}
+
+int64_t start_program(char* const argv[], const char* output_file) {
+  const ChildSignal child_signal;
+  FileActions actions;
+  if (output_file != nullptr) actions.open(STDOUT_FILENO, output_file, O_WRONLY | O_CREAT | O_TRUNC);
+  return spawn(argv, actions);
+}
+
+int wait_for_program(int64_t pid, int seconds) {
+  const ChildSignal child_signal;
+  const auto child = static_cast<pid_t>(pid);
+  if (seconds > 0) {
+    struct pollfd end = {pidfd_open(child, 0), POLLIN, 0};
+    if (poll(&end, 1, seconds > INT_MAX / 1000 ? -1 : seconds * 1000) == 0) kill(child, SIGKILL);
+    if (end.fd >= 0) close(end.fd);
+  }
+  return wait_for(child);
 }
 
 std::optional<Process> find_process(int64_t pid) {

@@ -13,6 +13,7 @@ namespace {
 constexpr const Module* kModules[] = {
     &kGeneralModule,
     &kSwitchModule,
+    &kBoardModule,
     &kDevmgModule,
     &kArpModule,
     &kDnsModule,
@@ -30,6 +31,7 @@ constexpr const Module* kModules[] = {
     &kDdosFyModule,
     &kDdosModule,
     &kUserModule,
+    &kSwitchChipModule,
     &kBbsFilterModule,
     &kPostfixFilterModule,
     &kPostForbidModule,

@@ -7,6 +7,7 @@
 
 extern const Module kGeneralModule;
 extern const Module kSwitchModule;
+extern const Module kBoardModule;
 extern const Module kDevmgModule;
 extern const Module kArpModule;
 extern const Module kDnsModule;
@@ -24,6 +25,7 @@ extern const Module kLimitModule;
 extern const Module kDdosFyModule;
 extern const Module kDdosModule;
 extern const Module kUserModule;
+extern const Module kSwitchChipModule;
 extern const Module kBbsFilterModule;
 extern const Module kPostfixFilterModule;
 extern const Module kPostForbidModule;

@@ -1,4 +1,6 @@
 // nvram: the parameter store for scripts. Done whole or not at all; status 1 says that it was not.
+#include <sys/stat.h>
+
 #include <cstdio>
 #include <exception>
 #include <iterator>
@@ -39,7 +41,13 @@ void show(const char*) { fputs(text_of(all_parameters()).c_str(), stdout); }
 
 void commit(const char*) { commit_parameters(); }
 
-void backup(const char* path) { replace_file(path, text_of(all_parameters())); }
+// The storage for it may be a new one, where its folder is missing.
+void backup(const char* path) {
+  const std::string file = path;
+  const size_t slash = file.find_last_of('/');
+  if (slash != file.npos) mkdir(file.substr(0, slash).c_str(), 0700);
+  replace_file(path, text_of(all_parameters()));
+}
 
 void restore(const char* path) { replace_parameters(parse_parameters(read_file(path, kMostOfBackup), path)); }
 
