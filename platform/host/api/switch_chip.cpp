@@ -82,7 +82,7 @@ void use_phy(Store& store, SwitchPhyRecord& record) {
 void set_vlan(Store& store, const SwitchVlanRecord& record) {
   refuse_unless(record.vid >= 1 && record.vid <= kMaxVid, kBadVlan);
   check_ports(record.membermask);
-  check_ports(record.untagmask);
+  refuse_unless((record.untagmask & ~record.membermask) == 0, kBadMask);
   check_at_most(record.fid, kMaxFid);
   if (record.membermask == 0) {
     store.execute("DELETE FROM switch_vlan WHERE vid = ?", record.vid);
