@@ -29,7 +29,7 @@ TEST_F(Lab, TheOfficeIsLoadedAndReset) {
   EXPECT_EQ(shown(),
             "hosts: 12\nthird: 2\ncounters: 6\nlines: 2\naccounts: 2\nrules: 0\nprofiles: 0\ntypes: 0\n"
             "pppoe: 2\npppoe_br: 2\nppp_fast: 1\naudit: 18\nleases: 4\ndhcp: 1\ndns_cache: 2\n"
-            "signals: 4\ndelays: 1\n");
+            "signals: 4\ndelays: 1\nswitch_ports: 3\nled: on\nwatchdog: not running\n");
   holds("hi ai_list", {"vek_out_id:0,", "vek_out_id:1,"});
   holds("mr list", {"\nwanid:0 ", "\nwanid:1 "});
   shows("user stat accounts", "up:9216K down:86016K \n  ok\n");
@@ -46,7 +46,7 @@ TEST_F(Lab, TheOfficeIsLoadedAndReset) {
   EXPECT_EQ(shown(),
             "hosts: 0\nthird: 0\ncounters: 0\nlines: 0\naccounts: 0\nrules: 0\nprofiles: 0\ntypes: 0\n"
             "pppoe: 0\npppoe_br: 0\nppp_fast: 0\naudit: 0\nleases: 0\ndhcp: 0\ndns_cache: 0\n"
-            "signals: 0\ndelays: 0\n");
+            "signals: 0\ndelays: 0\nswitch_ports: 0\nled: on\nwatchdog: not running\n");
   shows("user list", "num: 0\n\n");
 }
 

@@ -106,6 +106,21 @@ std::vector<std::pair<std::string, std::string>> pairs(const std::string& words)
   return two_by_two;
 }
 
+std::vector<std::vector<std::string>> rows(const std::string& text) {
+  std::vector<std::vector<std::string>> all;
+  std::istringstream lines(text);
+  for (std::string line; std::getline(lines, line);) {
+    if (line.find_first_not_of(' ') == line.npos) continue;
+    std::istringstream cells(line + "|");
+    all.emplace_back();
+    for (std::string cell; std::getline(cells, cell, '|');) {
+      const size_t first = std::min(cell.find_first_not_of(' '), cell.size());
+      all.back().push_back(cell.substr(first, cell.find_last_not_of(' ') + 1 - first));
+    }
+  }
+  return all;
+}
+
 std::string unfolded(std::string text) {
   for (size_t open = 0; (open = text.find('{')) != text.npos;) {
     const size_t close = text.find("}*", open);

@@ -22,6 +22,10 @@ std::vector<std::string> split(const std::string& words);
 // The same, two by two: a word and what it is to become.
 std::vector<std::pair<std::string, std::string>> pairs(const std::string& words);
 
+// The lines of a text that are not empty, each as its cells: what stands between '|', without the blanks
+// around.
+std::vector<std::vector<std::string>> rows(const std::string& text);
+
 // "{ab}*3" is "ababab", wherever it stands in the text.
 std::string unfolded(std::string text);
 
