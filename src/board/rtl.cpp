@@ -46,7 +46,7 @@ struct RecordOf<int (*)(Record*, Op...)> {
 template <auto function, auto kind, auto... numbers>
 int call(Values& values) {
   using Record = typename RecordOf<decltype(function)>::type;
-  constexpr bool has_kind = !std::is_same_v<decltype(kind), const NoKind>;
+  constexpr bool has_kind = !std::is_same_v<std::remove_const_t<decltype(kind)>, NoKind>;
   Record record;
   zero(record);
   record.op = values.op;

@@ -86,11 +86,11 @@ CREATE TABLE switch_counter_reset (
 // ---- Ports ----
 
 uint8_t speed_code(uint32_t mbps) {
-  uint8_t code = 0;
-  for (uint8_t i = 0; i < std::size(kSwitchSpeeds); ++i) {
-    if (is_switch_speed(i) && kSwitchSpeeds[i] <= mbps) code = i;
+  size_t code = 0;
+  for (size_t i = 0; i < std::size(kSwitchSpeeds); ++i) {
+    if (kSwitchSpeeds[i] != 0 && kSwitchSpeeds[i] <= mbps) code = i;
   }
-  return code;
+  return static_cast<uint8_t>(code);
 }
 
 // The link and the counters of the interface; of one that has gone, no link and none.
