@@ -45,9 +45,13 @@ Parameters committed_parameters(Store& store) {
   return text.empty() ? Parameters() : parse_parameters(text, "the flash partition Config");
 }
 
+bool is_of_this_boot(Store& store) {
+  return store.number("SELECT count(*) FROM boot WHERE id = ?", boot_id()) != 0;
+}
+
 Parameters running_parameters(Store& store) {
-  const bool is_of_this_boot = store.number("SELECT count(*) FROM boot WHERE id = ?", boot_id()) != 0;
-  return is_of_this_boot ? read_table(store, "SELECT key, value FROM running") : committed_parameters(store);
+  return is_of_this_boot(store) ? read_table(store, "SELECT key, value FROM running")
+                                : committed_parameters(store);
 }
 
 void put_running(Store& store, const Parameters& parameters) {
@@ -64,8 +68,9 @@ void write_committed(Store& store, const Parameters& parameters) {
 void begin_boot(Store& store) {
   const Parameters older = read_table(store, "SELECT key, value FROM committed");
   if (!older.empty()) write_committed(store, older);
-  const Parameters parameters = running_parameters(store);
-  if (store.execute("UPDATE boot SET id = ?1 WHERE id <> ?1", boot_id()) != 0) put_running(store, parameters);
+  if (is_of_this_boot(store)) return;
+  put_running(store, committed_parameters(store));
+  store.execute("UPDATE boot SET id = ?", boot_id());
 }
 
 // The running values of a router have no more room than the flash has for them.
@@ -114,7 +119,7 @@ bool is_parameter_key(std::string_view key) { return !key.empty() && key.find('=
 
 std::optional<std::string> get_parameter(std::string_view key) {
   Store store(kFile, kSchemas, kReads);
-  if (store.number("SELECT count(*) FROM boot WHERE id = ?", boot_id()) != 0) {
+  if (is_of_this_boot(store)) {
     Statement row = store.query("SELECT value FROM running WHERE key = ?", key);
     std::string value;
     if (!row.next()) return {};
