@@ -115,13 +115,13 @@ struct Operation {
   // What the words behind it are, a letter each: d a decimal number, x a hexadecimal one, a a MAC address;
   // and those that say the kind: e en or dis, i ingress or egress by its first letter, m smac or dmac, p
   // sport or dport, s global or port and its number; l what a port's link is set to.
-  const char* words;
+  char words[7];
+  uint8_t op : 4;
+  uint8_t min_words : 4;
   // Lines with the numbers in their order. "%o" is ok or err, "%e" enable or disable by the kind, "%w" the
   // first of the words, "%r" the result, "%p" a port's state. Without the second, the first is for both.
   const char* done = nullptr;
   const char* failed = nullptr;
-  uint8_t op = 0;
-  uint8_t min_words = 0;
 };
 
 struct Group {
@@ -131,11 +131,18 @@ struct Group {
     kFirstLetters,  // the action is known by its first letter
     kOthersIgnored  // as kErrorLines, and an unknown action does nothing
   };
+
+  template <uint8_t kCount>
+  constexpr Group(const char* its_word, const char* its_usage, const Operation (&rows)[kCount],
+                  int (*its_call)(Values&), Style its_style = kPlain)
+      : word(its_word), usage(its_usage), call(its_call), first(rows), count(kCount), style(its_style) {}
+
   const char* word;
   const char* usage;
-  std::span<const Operation> operations;
   int (*call)(Values& values);
-  Style style = kPlain;
+  const Operation* first;
+  uint8_t count;
+  Style style;
 };
 
 bool read_link(PortStatusRecord& port, const Args& args, int place) {
@@ -265,7 +272,7 @@ void print_line(bool is_error, const char* line, const Values& values, const cha
 }
 
 const Operation* find_operation(const Group& group, const Args& args) {
-  for (const Operation& row : group.operations) {
+  for (const Operation& row : std::span(group.first, group.count)) {
     const bool is_named =
         group.style == Group::kFirstLetters ? args[3][0] == row.action[0] : strcmp(args[3], row.action) == 0;
     if (is_named) return &row;
@@ -315,62 +322,62 @@ constexpr auto call_switch = call<rtl8367_switch_id_opt, kNoKind, &SwitchIdRecor
 
 // clang-format off
 constexpr Operation kReg[] = {
-    {"r", "x", "read reg addr 0x%x value 0x%x ok\n", "read reg addr 0x%x err\n", kGet, 5},
-    {"w", "xx", "write reg addr 0x%x value 0x%x %o\n", nullptr, kSet, 6},
+    {"r", "x", kGet, 5, "read reg addr 0x%x value 0x%x ok\n", "read reg addr 0x%x err\n"},
+    {"w", "xx", kSet, 6, "write reg addr 0x%x value 0x%x %o\n"},
 };
 constexpr Operation kVlan[] = {
-    {"set", "dxxd", "set vlan %d membermask=0x%x, untagmask=0x%x, fid=%d %o\n", nullptr, kSet, 8},
-    {"get", "d", "get vlan %d info: membermask=0x%x, untagmask=0x%x, fid=%d\n", "get vlan %d info err\n", kGet, 5},
-    {"clear", "", nullptr, nullptr, kClear, 4},
+    {"set", "dxxd", kSet, 8, "set vlan %d membermask=0x%x, untagmask=0x%x, fid=%d %o\n"},
+    {"get", "d", kGet, 5, "get vlan %d info: membermask=0x%x, untagmask=0x%x, fid=%d\n", "get vlan %d info err\n"},
+    {"clear", "", kClear, 4},
 };
 constexpr Operation kPvid[] = {
-    {"set", "ddd", "set port %d pvid %d, priority %d %o\n", nullptr, kSet, 7},
-    {"get", "d", "get port %d pvid %d, priority %d\n", "get port %d pvid err\n", kGet, 5},
+    {"set", "ddd", kSet, 7, "set port %d pvid %d, priority %d %o\n"},
+    {"get", "d", kGet, 5, "get port %d pvid %d, priority %d\n", "get port %d pvid err\n"},
 };
 // Whoever reads the line knows the efid under the word pvid.
 constexpr Operation kEfid[] = {
-    {"set", "dd", "set port %d efid %d %o\n", nullptr, kSet, 6},
-    {"get", "d", "get port %d pvid %d\n", "get port %d efid err\n", kGet, 4},
+    {"set", "dd", kSet, 6, "set port %d efid %d %o\n"},
+    {"get", "d", kGet, 4, "get port %d pvid %d\n", "get port %d efid err\n"},
 };
 constexpr Operation kPort[] = {
-    {"get", "d", "get port %d %p\n", "get port %d status err\n", kGet, 5},
-    {"set", "dl", "set port %d status %o\n", nullptr, kSet, 6},
+    {"get", "d", kGet, 5, "get port %d %p\n", "get port %d status err\n"},
+    {"set", "dl", kSet, 6, "set port %d status %o\n"},
 };
 constexpr Operation kMirror[] = {
-    {"set", "dxxe", "set mirror port %d rxmsk 0x%x txmsk 0x%x mirror port isolation %e ok\n", "set mirror port %d rxmsk 0x%x txmsk 0x%x mirror port isolation %e ret %r err\n", kSet, 8},
-    {"get", "", "get mirror port %d rxmsk 0x%x txmsk 0x%x mirror port isolation %e ok\n", "get mirror err\n", kGet, 4},
+    {"set", "dxxe", kSet, 8, "set mirror port %d rxmsk 0x%x txmsk 0x%x mirror port isolation %e ok\n", "set mirror port %d rxmsk 0x%x txmsk 0x%x mirror port isolation %e ret %r err\n"},
+    {"get", "", kGet, 4, "get mirror port %d rxmsk 0x%x txmsk 0x%x mirror port isolation %e ok\n", "get mirror err\n"},
 };
 constexpr Operation kMib[] = {
-    {"get", "s", nullptr, nullptr, 1, 5},
-    {"reset", "s", nullptr, nullptr, 2, 5},
+    {"get", "s", 1, 5},
+    {"reset", "s", 2, 5},
 };
 constexpr Operation kAcl[] = {
-    {"add", "aamddd", "add  %o\n", nullptr, kSet, 10},
-    {"del", "a", "del  %o\n", nullptr, kDelete, 4},
+    {"add", "aamddd", kSet, 10, "add  %o\n"},
+    {"del", "a", kDelete, 4, "del  %o\n"},
 };
 constexpr Operation kAclPort[] = {
-    {"add", "pdd", "opt  %o\n", nullptr, kSet, 7},
-    {"del", "pdd", "opt  %o\n", nullptr, kDelete, 7},
+    {"add", "pdd", kSet, 7, "opt  %o\n"},
+    {"del", "pdd", kDelete, 7, "opt  %o\n"},
 };
 constexpr Operation kPhy[] = {
-    {"r", "x", "read phy addr 0x%x value 0x%x ok\n", "read phy addr 0x%x err\n", kGet, 5},
-    {"w", "xx", "write phy addr 0x%x value 0x%x %o\n", nullptr, kSet, 6},
+    {"r", "x", kGet, 5, "read phy addr 0x%x value 0x%x ok\n", "read phy addr 0x%x err\n"},
+    {"w", "xx", kSet, 6, "write phy addr 0x%x value 0x%x %o\n"},
 };
 constexpr Operation kRate[] = {
-    {"set", "idd", "set port %d %w rate %dMbps\n", "set port %d %w err\n", kSet, 6},
-    {"get", "id", "get port %d %w rate %dkbps\n", "get port %d %w err\n", kGet, 6},
+    {"set", "idd", kSet, 6, "set port %d %w rate %dMbps\n", "set port %d %w err\n"},
+    {"get", "id", kGet, 6, "get port %d %w rate %dkbps\n", "get port %d %w err\n"},
 };
 constexpr Operation kAclEtype[] = {
-    {"add", "xx", "opt  %o\n", nullptr, kSet, 6},
-    {"del", "xx", "opt  %o\n", nullptr, kDelete, 6},
+    {"add", "xx", kSet, 6, "opt  %o\n"},
+    {"del", "xx", kDelete, 6, "opt  %o\n"},
 };
 constexpr Operation kDelay[] = {
-    {"set", "ddd", "set port %d delay tx:%d rx:%d %o\n", nullptr, kSet, 7},
-    {"get", "d", "get port %d delay tx:%d rx:%d\n", "get port %d delay err\n", kGet, 5},
+    {"set", "ddd", kSet, 7, "set port %d delay tx:%d rx:%d %o\n"},
+    {"get", "d", kGet, 5, "get port %d delay tx:%d rx:%d\n", "get port %d delay err\n"},
 };
 constexpr Operation kSwitch[] = {
-    {"set", "d", nullptr, "set switch id:%d err\n", kSet, 5},
-    {"get", "", "get switch id:%d\n", "get switch id err\n", kGet, 4},
+    {"set", "d", kSet, 5, nullptr, "set switch id:%d err\n"},
+    {"get", "", kGet, 4, "get switch id:%d\n", "get switch id err\n"},
 };
 
 constexpr Group kGroups[] = {
