@@ -111,6 +111,8 @@ TEST_F(Board, PortsSeeWhatIsPluggedIn) {
   holds("rtl mib get port 0", {"port 0: in_octets 0 ", " out_dropped 0\n"});
   shows("turn_phy off mtk", "");
   says("port get 1 | get port 1 link up 1000 F");
+  ok({"rtl dump"});
+  holds("errinfo 32", {"switch: id 0, PHYs on, the processor's own off\n"});
   shows("turn_phy off", "");
   says("port get 1 | get port 1 link down | port get 8 | get port 8 link up 1000 F");
   shows("turn_phy on rtl", "");

@@ -13,7 +13,10 @@ namespace {
 std::string programs_folder() {
   Dl_info library = {};
   if (dladdr(reinterpret_cast<void*>(programs_folder), &library) == 0) return {};
-  std::string folder = library.dli_fname;
+  char* const path = realpath(library.dli_fname, nullptr);
+  if (path == nullptr) return {};
+  std::string folder = path;
+  free(path);
   folder.resize(folder.find_last_of('/') + 1);
   for (const char* place : {"programs", VEK_INSTALLED_PROGRAMS}) {
     if (access((folder + place).c_str(), X_OK) == 0) return folder + place;

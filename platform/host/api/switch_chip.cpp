@@ -134,7 +134,6 @@ void use_efid(Store& store, SwitchEfidRecord& record) {
 // ---- Ports ----
 
 void set_port(Store& store, const PortStatusRecord& record) {
-  constexpr uint8_t kForced = 0;
   constexpr uint8_t kNegotiated = 1;
   constexpr uint8_t kAsItIs = 2;
   refuse_unless(record.link <= 1, kBadSwitch);
@@ -144,7 +143,6 @@ void set_port(Store& store, const PortStatusRecord& record) {
   if (record.link == 0 || record.autoneg == kAsItIs) return;
   store.execute("UPDATE switch_port SET autoneg = ? WHERE port = ?", record.autoneg, record.port);
   if (record.autoneg == kNegotiated) return;
-  static_assert(kForced == 0);
   store.execute("UPDATE switch_port SET speed = ?, duplex = ? WHERE port = ?", record.speed, record.duplex,
                 record.port);
 }

@@ -201,7 +201,9 @@ void report_access(Store& store, Report& report) {
 void dump(Store& store) {
   const auto setting = [&store](const char* name) { return get_setting(store, kModuleSwitchChip, name); };
   Report report;
-  report.add("switch: id %u\n", setting(kSwitchId));
+  const auto phys = [&setting](const char* are_off) { return setting(are_off) != 0 ? "off" : "on"; };
+  report.add("switch: id %u, PHYs %s, the processor's own %s\n", setting(kSwitchId), phys(kChipPhysAreOff),
+             phys(kOwnPhysAreOff));
   report.add("mirror: port %u, rx 0x%x, tx 0x%x, isolation %u\n", setting(kMirrorPort),
              setting(kMirrorRxMask), setting(kMirrorTxMask), setting(kMirrorIsolation));
   report_ports(store, report);
