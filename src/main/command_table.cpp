@@ -11,6 +11,7 @@
 #include "order/commands.h"
 #include "rules/commands.h"
 #include "traffic/commands.h"
+#include "upgrade/commands.h"
 
 namespace {
 
@@ -59,7 +60,7 @@ constexpr CommandEntry kCommandTable[] = {
     {"rule", cmd_rule, "acc mroute  filter whitelist"},
     {"br", cmd_usage_only, "set get del"},
     {"wssock", cmd_usage_only, "set get"},
-    {"wget", nullptr, "download readold"},
+    {"wget", cmd_wget, "download readold"},
     {"http_wget", cmd_usage_only, "path"},
     {"hpostfixfilter", cmd_hpostfixfilter, "add del list global"},
     {"hpostforbid", cmd_hpostforbid, "add del list global"},
