@@ -36,8 +36,8 @@ enum Result : int {
   kNotDownloaded = 10,
 };
 
-// What is waiting to be printed comes before what the line prints. How the line ends tells nothing: the end of
-// children is ignored in here.
+// What is waiting to be printed comes before what the line prints. How the line ends tells nothing: the end
+// of children is ignored in here.
 void run_shell(const char* line) {
   fflush(stdout);
   [[maybe_unused]] const int status = system(line);

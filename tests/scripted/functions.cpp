@@ -1,8 +1,10 @@
 // The other functions of the scripted platform library: each logs its call and answers what it is told to.
 #include <fcntl.h>
 
+#include <algorithm>
 #include <cstdarg>
 #include <cstdio>
+#include <cstdlib>
 #include <cstring>
 
 #include "platform/auth.h"
@@ -47,12 +49,21 @@ Text text_of_key(Text function, Text key) {
   return next_text(name, value);
 }
 
+// The first bytes of them in the log.
+Text hex_of(const void* data, size_t length) {
+  static char digits[1024 + 1];
+  length = std::min<size_t>(length, 512);
+  for (size_t i = 0; i < length; ++i) {
+    snprintf(digits + 2 * i, 3, "%02x", static_cast<const uint8_t*>(data)[i]);
+  }
+  digits[2 * length] = '\0';
+  return digits;
+}
+
 // A call with a record of the switch chip, all of whose bytes are logged, as digits.
 template <typename... Op>
 int operate(Text function, void* record, size_t size, Op... op) {
-  char digits[64];
-  for (size_t i = 0; i < size; ++i) snprintf(digits + 2 * i, 3, "%02x", static_cast<uint8_t*>(record)[i]);
-  return fill(function, record, size, static_cast<Text>(digits), op...);
+  return fill(function, record, size, hex_of(record, size), op...);
 }
 
 }  // namespace
@@ -185,5 +196,31 @@ int setnonblocking(int descriptor) {
 int snmp_get_mac_by_ipstr(Text community, Text peer, Text ip, void* mac) {
   return fill(__func__, mac, 6, community, peer, ip);
 }
+
+int64_t f_size(Text path) {
+  log_call({__func__, path});
+  return next_answer(__func__);
+}
+int f_read(Text path, void* buffer, int most) {
+  return fill(__func__, buffer, static_cast<size_t>(std::max(most, 0)), path, static_cast<Number>(most));
+}
+int f_write(Text path, const void* data, int length, int flags, Number mode) {
+  const auto size = static_cast<size_t>(std::max(length, 0));
+  return call(__func__, path, hex_of(data, size), static_cast<Number>(length), static_cast<Number>(flags),
+              mode);
+}
+int general_flash_read(Text area, void* buffer, Number offset, Number length) {
+  return fill(__func__, buffer, length, area, offset, length);
+}
+int general_flash_write(Text area, const void* data, Number offset, Number length) {
+  return call(__func__, area, hex_of(data, length), offset, length);
+}
+int httpd_wget(Text url, Text path) { return call(__func__, url, path); }
+int pg2_download_from_flash(void) { return call(__func__); }
+int vek_sj_module_add(void) { return call(__func__); }
+int vek_sj_module_del(void) { return call(__func__); }
+
+// In the place of the C library's: nothing is run.
+int system(Text line) { return call(__func__, line); }
 
 #pragma GCC visibility pop

@@ -85,6 +85,10 @@ char* put(char* text, uint8_t* at, size_t room) {
 
 void log_call(std::initializer_list<LoggedWord> words) {
   if (log_file() == nullptr) return;
+  // A log that is standard output has the calls between what the tool prints. What a child of the tool's
+  // prints comes when it comes, and the tool must have flushed before.
+  const bool is_child = strcmp(words.begin()->text, "system") == 0;
+  if (!is_child && strcmp(getenv("VEK_LOG"), "/dev/stdout") == 0) fflush(stdout);
   const char* separator = "";
   for (const LoggedWord& word : words) {
     fputs(separator, log_file());
