@@ -27,6 +27,3 @@ enum UpgradePacking : int32_t { kPackedByLzma = 1 };
 
 // The only platform that there are packages for.
 constexpr char kUpgradePlatform[] = "rkchip";
-
-// The flash area that keeps the package which was loaded last.
-constexpr char kUpgradeArea[] = "modules";

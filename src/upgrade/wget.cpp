@@ -24,6 +24,7 @@ namespace {
 #define MODULE "/vek_pg2.ko"
 
 constexpr size_t kMaxName = 127;
+constexpr char kFlashArea[] = "modules";  // has the package that was loaded last
 
 enum Result : int {
   kDone = 0,
@@ -58,7 +59,7 @@ int keep_loaded(const UpgradePackageHeader& header, const char* package, int siz
     nvram_set("tzk_name", version);
     nvram_commit();
   }
-  const bool is_kept = general_flash_write(kUpgradeArea, package, 0, static_cast<uint32_t>(size)) >= 0;
+  const bool is_kept = general_flash_write(kFlashArea, package, 0, static_cast<uint32_t>(size)) >= 0;
   return is_kept ? kDone : kFlashFailed;
 }
 
@@ -180,7 +181,7 @@ int download(const char* url) {
 
 void show_package_in_flash() {
   UpgradePackageHeader header = {};
-  if (general_flash_read(kUpgradeArea, &header, 0, sizeof header) < 0) {
+  if (general_flash_read(kFlashArea, &header, 0, sizeof header) < 0) {
     print("general_flash_read pg2 failed!\n");
     return;
   }

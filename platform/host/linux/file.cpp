@@ -25,15 +25,6 @@ bool is_named(const File& file, const std::string& path) {
          open_one.st_dev == named.st_dev && open_one.st_ino == named.st_ino;
 }
 
-void write_all(const File& file, const std::string& path, std::string_view bytes) {
-  while (!bytes.empty()) {
-    const ssize_t written = write(file.descriptor(), bytes.data(), bytes.size());
-    if (written < 0 && errno == EINTR) continue;
-    if (written <= 0) fail(path);
-    bytes.remove_prefix(static_cast<size_t>(written));
-  }
-}
-
 // The name outlives a power failure when its folder has been written. Some file systems cannot do that alone.
 void sync_folder_of(const std::string& path) {
   const size_t slash = path.find_last_of('/');
@@ -66,6 +57,15 @@ std::string read_file(const std::string& path, size_t most) {
   }
   bytes.resize(length);
   return bytes;
+}
+
+void write_all(const File& file, const std::string& path, std::string_view bytes) {
+  while (!bytes.empty()) {
+    const ssize_t written = write(file.descriptor(), bytes.data(), bytes.size());
+    if (written < 0 && errno == EINTR) continue;
+    if (written <= 0) fail(path);
+    bytes.remove_prefix(static_cast<size_t>(written));
+  }
 }
 
 void replace_file(const std::string& path, std::string_view bytes) {

@@ -19,10 +19,12 @@ class File {
   int descriptor_;
 };
 
-// Both throw when it cannot be done; the text says which file and why.
+// All throw when it cannot be done; the text says which file and why.
 
 // All that a regular file holds, `most` bytes at the most.
 std::string read_file(const std::string& path, size_t most);
+
+void write_all(const File& file, const std::string& path, std::string_view bytes);
 
 // Puts a file with these bytes, for its owner only, in the place of the one at the path, or leaves everything
 // as it was. When this returns, the bytes outlive a power failure. Several processes may do so at once.
