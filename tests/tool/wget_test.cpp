@@ -64,16 +64,18 @@ const std::string kLoaded =
     "system insmod /etc/upgrade/vek_pg2.ko\n"
     "f_read /proc/modules 1023\n";
 const std::string kExchanged = kChecked + kTar + kUnpacked + kUnloaded + kLoaded;
-const std::string kKept =
-    "nvram_set tzk_name 3.2.1\nnvram_commit\n"
-    "general_flash_write modules 7067326d61726b00" +
-    to_hex(kSum) + "332e322e31{00}*11726b63686970{00}*66424f4459 0 132\n";
+const std::string kNamed = "nvram_set tzk_name 3.2.1\nnvram_commit\n";
 const std::string kFellBack = kExchanged +
                               "insmod vek_pg2.ko failed!\npg2_download_from_flash\n"
                               "f_read /proc/modules 1023\n";
 const std::string kAttached = "vek_sj_module_add\nsystem vek qos sb_tj_init\n";
 const std::string kSucceeded = "system rm -rf /etc/upgrade\nvek upgrade ok!\n" + kAttached +
                                "nvram_set last_filter_up_time NOW\nnvram_commit\nnvram_set tzk_state 0\n";
+
+// The whole file.
+std::string kept(const std::string& package) {
+  return "general_flash_write modules " + to_hex(bytes_of(package)) + " 0 132\n";
+}
 
 std::string failed(const std::string& result) {
   return "system rm -rf /etc/upgrade\n" + kAttached + "file_upgrade failed,ret=" + result +
@@ -95,28 +97,24 @@ TEST(Wget, Urls) {
 }
 
 TEST(Wget, Packages) {
+  const std::string package = Answers().package;
+  const std::string by_lzma = "8:text " + kSum + " 56:text rkchip 68:u32 1 128:text BODY";
+  const std::string long_version = package + " 40:text 0123456789abcdef 68:u32 2";
   const struct {
     Answers answers;
     int status;
     std::string out;
   } cases[] = {
-      {{}, 0, kExchanged + kKept + kSucceeded},
-      {{.more = "general_flash_write -1\n"}, 8, kExchanged + kKept + failed("8")},
-      // Packed by LZMA, without a version, and no list that is long enough to name a module.
-      {{.package = "8:text " + kSum + " 56:text rkchip 68:u32 1 128:text BODY",
-        .lists = {"vek_pg", "vek_pg2x"}},
+      {{}, 0, kExchanged + kNamed + kept(package) + kSucceeded},
+      {{.more = "general_flash_write -1\n"}, 8, kExchanged + kNamed + kept(package) + failed("8")},
+      // Without a version, and no list that is long enough to name a module.
+      {{.package = by_lzma, .lists = {"vek_pg", "vek_pg2x"}},
        0,
        kChecked + "system lzma_sdk d /etc/upgrade/xxxx /etc/upgrade/vek_pg2.ko\n" + kUnpacked + kLoaded +
-           "general_flash_write modules {00}*8" + to_hex(kSum) +
-           "{00}*16726b63686970{00}*601{00}*59424f4459 0 132\n" + kSucceeded},
-      // The version fills its field.
-      {{.package = kHead + "40:text 0123456789abcdef 68:u32 2 128:text BODY",
-        .lists = {"vek_pg2", "vek_pg2"},
-        .more = "general_flash_write -1\n"},
-       8,
-       kExchanged + "nvram_set tzk_name 0123456789abcdef\nnvram_commit\n" +
-           "general_flash_write modules 7067326d61726b00" + to_hex(kSum + "0123456789abcdef") +
-           "726b63686970{00}*602{00}*59424f4459 0 132\n" + failed("8")},
+           kept(by_lzma) + kSucceeded},
+      {{.package = long_version},
+       0,
+       kExchanged + "nvram_set tzk_name 0123456789abcdef\nnvram_commit\n" + kept(long_version) + kSucceeded},
       {{.lists = {"vek_pg2", "a", "vek_pg2 old"}}, 9, kFellBack + failed("9")},
       {{.lists = {"vek_pg2", "a", "b c\nd"}},
        9,
