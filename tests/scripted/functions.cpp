@@ -51,8 +51,8 @@ Text text_of_key(Text function, Text key) {
 
 // The first bytes of them in the log.
 Text hex_of(const void* data, size_t length) {
-  static char digits[1024 + 1];
-  length = std::min<size_t>(length, 512);
+  static char digits[2 * 32768 + 1];
+  length = std::min<size_t>(length, 32768);
   for (size_t i = 0; i < length; ++i) {
     snprintf(digits + 2 * i, 3, "%02x", static_cast<const uint8_t*>(data)[i]);
   }
@@ -187,16 +187,6 @@ int turn_on_phy(int on, int chip_type) {
   return call(__func__, static_cast<Number>(on), static_cast<Number>(chip_type));
 }
 
-// Done for real: what is sent is received by the tests.
-int setnonblocking(int descriptor) {
-  log_call({__func__});
-  return fcntl(descriptor, F_SETFL, O_NONBLOCK);
-}
-
-int snmp_get_mac_by_ipstr(Text community, Text peer, Text ip, void* mac) {
-  return fill(__func__, mac, 6, community, peer, ip);
-}
-
 int64_t f_size(Text path) {
   log_call({__func__, path});
   return next_answer(__func__);
@@ -220,7 +210,17 @@ int pg2_download_from_flash(void) { return call(__func__); }
 int vek_sj_module_add(void) { return call(__func__); }
 int vek_sj_module_del(void) { return call(__func__); }
 
-// In the place of the C library's: nothing is run.
+// In place of the C library's: nothing is run.
 int system(Text line) { return call(__func__, line); }
+
+// Done for real: what is sent is received by the tests.
+int setnonblocking(int descriptor) {
+  log_call({__func__});
+  return fcntl(descriptor, F_SETFL, O_NONBLOCK);
+}
+
+int snmp_get_mac_by_ipstr(Text community, Text peer, Text ip, void* mac) {
+  return fill(__func__, mac, 6, community, peer, ip);
+}
 
 #pragma GCC visibility pop

@@ -82,17 +82,17 @@ class TempFolder {
 };
 
 void require(bool good, const char* why) {
-  if (!good) throw std::runtime_error(std::string("the package in the flash ") + why);
+  if (!good) throw std::runtime_error(std::string("package in the flash: ") + why);
 }
 
 void load_package(const std::string& package) {
   UpgradePackageHeader header;
-  require(package.size() > sizeof header, "is none");
+  require(package.size() > sizeof header, "none");
   memcpy(&header, package.data(), sizeof header);
-  require(text(header.platform) == kUpgradePlatform, "is for another platform");
+  require(text(header.platform) == kUpgradePlatform, "for another platform");
   const std::string sum(text(header.md5));
   require(sum.size() == sizeof header.md5 && sum.find_first_not_of("0123456789abcdef") == sum.npos,
-          "has no checksum");
+          "no checksum");
 
   const TempFolder folder;
   const std::string body = folder.file("body");
@@ -100,11 +100,11 @@ void load_package(const std::string& package) {
   const std::string module = folder.file("vek_pg2.ko");
   replace_file(body, std::string_view(package).substr(sizeof header));
   replace_file(sums, sum + "  " + body + "\n");
-  require(run_program({"md5sum", "--check", "--status", sums}, kSilenced) == 0, "is damaged");
+  require(run_program({"md5sum", "--check", "--status", sums}, kSilenced) == 0, "damaged");
   const bool is_unpacked = header.packing == kPackedByLzma
                                ? run_program({"lzma_sdk", "d", body, module}, kOurs) == 0
                                : run_program({"tar", "-xjf", body, "-C", folder.file("")}, kOurs) == 0;
-  require(is_unpacked, "cannot be unpacked");
+  require(is_unpacked, "not to be unpacked");
   load_kernel_module(module);
 }
 
