@@ -49,7 +49,7 @@ Text text_of_key(Text function, Text key) {
   return next_text(name, value);
 }
 
-// The first bytes of them in the log.
+// As the log has bytes.
 Text hex_of(const void* data, size_t length) {
   static char digits[2 * 32768 + 1];
   length = std::min<size_t>(length, 32768);
