@@ -99,18 +99,15 @@ void detach_audit_module() {
 std::string kernel_module_list() {
   Store store(kFile, kSchemas, kReads);
   Statement row = store.query(
-      "SELECT name, size, (SELECT count(*) FROM kernel_module WHERE needs = module.name),"
-      "  coalesce((SELECT group_concat(name || ',', '') FROM kernel_module WHERE needs = module.name), '-')"
+      "SELECT printf('%s %d %d %s Live 0x0000000000000000', name, size,"
+      "    (SELECT count(*) FROM kernel_module WHERE needs = module.name),"
+      "    coalesce((SELECT group_concat(name || ',', '') FROM kernel_module WHERE needs = module.name), "
+      "'-'))"
       "  FROM kernel_module AS module ORDER BY id DESC");
   std::string list;
-  std::string name;
-  uint32_t size = 0;
-  uint32_t use_count = 0;
-  std::string users;
-  while (row.next()) {
-    row.read(name, size, use_count, users);
-    list += name + " " + std::to_string(size) + " " + std::to_string(use_count) + " " + users +
-            " Live 0x0000000000000000\n";
+  for (std::string line; row.next();) {
+    row.read(line);
+    list += line + "\n";
   }
   return list;
 }
