@@ -44,6 +44,8 @@ void run_shell(const char* line) {
   [[maybe_unused]] const int status = system(line);
 }
 
+void put_line(const char* line) { print("%s\n", line); }
+
 // Reads the beginning of the list, which is where the newest modules stand.
 bool is_filter_loaded(char (&list)[1024]) {
   memset(list, 0, sizeof list);
@@ -64,12 +66,12 @@ int keep_loaded(const UpgradePackageHeader& header, const char* package, int siz
 }
 
 int load_what_was_before(char (&list)[1024]) {
-  print("insmod vek_pg2.ko failed!\n");
+  put_line("insmod vek_pg2.ko failed!");
   fflush(stdout);
   pg2_download_from_flash();
   if (!is_filter_loaded(list)) {
     print("proc_modules_buff:%s\n", list);
-    print("!!xxxx!!\n");
+    put_line("!!xxxx!!");
     run_shell("insmod /lib" MODULE);
   }
   return kNotLoaded;
@@ -93,12 +95,12 @@ int install(const char* package, int size) {
   print("md5=%s\n", sum);
   run_shell("rm " SUM);
   if (!is_summed || memcmp(sum, header.md5, sizeof sum) != 0) {
-    print("the file hase been modified,not legal\n");
+    put_line("the file hase been modified,not legal");
     return kWrongSum;
   }
-  print("md5 checking succeed!\n");
+  put_line("md5 checking succeed!");
   if (strncmp(header.platform, kUpgradePlatform, sizeof header.platform) != 0) {
-    print("platfrom error,cunrrent platform is ralink\n");
+    put_line("platfrom error,cunrrent platform is ralink");
     return kWrongPlatform;
   }
 
@@ -108,10 +110,10 @@ int install(const char* package, int size) {
   char list[1024];
   if (is_filter_loaded(list)) {
     vek_sj_module_del();
-    print("rmmod old vek_pg2 modules!\n");
+    put_line("rmmod old vek_pg2 modules!");
     run_shell("rmmod vek_pg2.ko");
   }
-  print("haha,upgrading...\n");
+  put_line("haha,upgrading...");
   run_shell("insmod " FOLDER MODULE);
   return is_filter_loaded(list) ? keep_loaded(header, package, size) : load_what_was_before(list);
 }
@@ -133,7 +135,7 @@ int file_upgrade(const char* path) {
     }
   }
   run_shell("rm -rf " FOLDER);
-  if (result == kDone) print("vek upgrade ok!\n");
+  if (result == kDone) put_line("vek upgrade ok!");
   vek_sj_module_add();
   run_shell("vek qos sb_tj_init");
   free(package);
@@ -148,7 +150,7 @@ int end_with(int result) {
 
 int download(const char* url) {
   if (url == nullptr) {
-    print("cmd_wget 18752\n");
+    put_line("cmd_wget 18752");
     return end_with(kBadUrl);
   }
   print("cmd_wget 18757 path=%s\n", url);
@@ -164,7 +166,7 @@ int download(const char* url) {
   run_shell("rm -rf " FOLDER);
   run_shell("mkdir -p " FOLDER);
   if (httpd_wget(url, path) == 0) {
-    print("wget failed,ret=0\n");
+    put_line("wget failed,ret=0");
     return end_with(kNotDownloaded);
   }
   const int result = file_upgrade(path);
@@ -182,10 +184,10 @@ int download(const char* url) {
 void show_package_in_flash() {
   UpgradePackageHeader header = {};
   if (general_flash_read(kFlashArea, &header, 0, sizeof header) < 0) {
-    print("general_flash_read pg2 failed!\n");
+    put_line("general_flash_read pg2 failed!");
     return;
   }
-  print("information on flash:\n");
+  put_line("information on flash:");
   print("is_pg2_ko:%s\nplatform:%s\nversion:%s\n", header.is_pg2_ko, header.platform, header.version);
 }
 
