@@ -4,6 +4,7 @@
 
 #include <cstdint>
 #include <cstring>
+#include <initializer_list>
 #include <string_view>
 
 #include "platform/address.h"
@@ -30,6 +31,15 @@ class Args {
     return word == nullptr ? "" : word;
   }
   bool is(int index, std::string_view word) const { return word == (*this)[index]; }
+  // The place of a word among those; -1 where it is none of them.
+  int choice(int index, std::initializer_list<const char*> words) const {
+    int place = 0;
+    for (const char* word : words) {
+      if (strcmp((*this)[index], word) == 0) return place;
+      ++place;
+    }
+    return -1;
+  }
   // Cut to the width of the field that it goes into.
   template <typename Number = uint32_t>
   Number number(int index) const {

@@ -3,7 +3,6 @@
 
 #include "args/args.h"
 #include "args/print.h"
-#include "board/choice.h"
 #include "board/commands.h"
 #include "order/order.h"
 #include "platform/flash.h"
@@ -14,7 +13,7 @@
 namespace {
 
 bool parse_watchdog(WatchdogOrder& order, const Args& args) {
-  order.action = static_cast<uint32_t>(choice(args, 2, {"start", "stop", "ping"})) + kWatchdogStart;
+  order.action = static_cast<uint32_t>(args.choice(2, {"start", "stop", "ping"})) + kWatchdogStart;
   return true;
 }
 
@@ -23,25 +22,16 @@ constexpr SubCommand kWatchdogRequest = {
 
 }  // namespace
 
-int choice(const Args& args, int index, std::initializer_list<const char*> words) {
-  int place = 0;
-  for (const char* word : words) {
-    if (strcmp(args[index], word) == 0) return place;
-    ++place;
-  }
-  return -1;
-}
-
 int cmd_watchdog(int argc, char** argv, const CommandEntry* entry) {
   const Args args(argc, argv);
-  if (choice(args, 2, {"start", "stop", "ping"}) < 0) return print_usage(entry);
+  if (args.choice(2, {"start", "stop", "ping"}) < 0) return print_usage(entry);
   return run_request(kWatchdogRequest, args);
 }
 
 // What is stored says whether the LED is on, while its line is active low.
 int cmd_led(int argc, char** argv, const CommandEntry* entry) {
   const Args args(argc, argv);
-  const int state = choice(args, 2, {"on", "off"});
+  const int state = args.choice(2, {"on", "off"});
   if (state < 0) {
     print_usage(entry);
     return argc < 3 ? 1 : -1;
@@ -53,7 +43,7 @@ int cmd_led(int argc, char** argv, const CommandEntry* entry) {
 
 // Callers read the text: the status is the same either way.
 int cmd_param(int argc, char** argv, const CommandEntry* entry) {
-  if (choice(Args(argc, argv), 2, {"erase"}) < 0) return print_usage(entry);
+  if (Args(argc, argv).choice(2, {"erase"}) < 0) return print_usage(entry);
   print("erase param %s!\n", flash_erase_mtd("Config", 0, 0) == 0 ? "ok" : "error");
   return 0;
 }
@@ -76,7 +66,7 @@ int cmd_zentrik_plugin(int argc, char** argv, const CommandEntry* entry) {
   const Args args(argc, argv);
   if (argc < 3) return print_usage(entry);
   enum { kClean, kSet, kGet };
-  const int action = choice(args, 2, {"clean", "set", "get"});
+  const int action = args.choice(2, {"clean", "set", "get"});
   if (argc == 3 && action != kClean) {
     print_error(" %s %s path\n", entry->name, args[2]);
     return 1;
@@ -107,9 +97,9 @@ int cmd_turn_phy(int argc, char** argv, const CommandEntry* entry) {
   constexpr int kNotSaid = 3;
   const Args args(argc, argv);
   if (argc < 3) return print_usage(entry);
-  const int state = choice(args, 2, {"on", "off"});
+  const int state = args.choice(2, {"on", "off"});
   // The processor's own switch, then those that are attached.
-  const int chip = choice(args, 3, {"mtk", "rtl", "gsw", "yt9215", "an8855"});
+  const int chip = args.choice(3, {"mtk", "rtl", "gsw", "yt9215", "an8855"});
   if (state >= 0) turn_on_phy(state == 0 ? 1 : 0, chip < 0 ? kNotSaid : chip == 0 ? 1 : 2);
   return 0;
 }

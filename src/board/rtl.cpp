@@ -4,7 +4,6 @@
 
 #include "args/args.h"
 #include "args/print.h"
-#include "board/choice.h"
 #include "board/commands.h"
 #include "order/order.h"
 #include "platform/switch_chip.h"
@@ -147,18 +146,18 @@ struct Group {
 
 bool read_link(PortStatusRecord& port, const Args& args, int place) {
   constexpr uint8_t kAsItIs = 2;
-  const int link = choice(args, place, {"down", "up"});
+  const int link = args.choice(place, {"down", "up"});
   port.link = link == 1 ? 1 : 0;
   if (link < 1) return link == 0;
   if (args.count() <= place + 1) {
     port.autoneg = kAsItIs;
     return true;
   }
-  const int mode = choice(args, place + 1, {"force", "auto"});
+  const int mode = args.choice(place + 1, {"force", "auto"});
   port.autoneg = mode == 1 ? 1 : 0;
   if (mode != 0) return mode == 1;
-  const int speed = choice(args, place + 2, {"10", "100", "1000"});
-  const int duplex = choice(args, place + 3, {"H", "F"});
+  const int speed = args.choice(place + 2, {"10", "100", "1000"});
+  const int duplex = args.choice(place + 3, {"H", "F"});
   port.speed = static_cast<uint8_t>(speed);
   port.duplex = static_cast<uint8_t>(duplex);
   return speed >= 0 && duplex >= 0;
@@ -184,7 +183,7 @@ bool read_words(Values& values, const char* letters, const Args& args) {
         if (!read_link(values.port, args, place)) return false;
         continue;
       case 'e':
-        kind = choice(args, place, {"dis", "en"});
+        kind = args.choice(place, {"dis", "en"});
         break;
       case 'i':
         kind = args[place][0] == 'i' ? 1 : args[place][0] == 'e' ? 2 : -1;
@@ -196,7 +195,7 @@ bool read_words(Values& values, const char* letters, const Args& args) {
         kind = args.is(place, "sport") ? 1 : 2;
         break;
       default:
-        kind = choice(args, place, {"port", "global"}) + 1;
+        kind = args.choice(place, {"port", "global"}) + 1;
         if (kind == 1) *number = args.number(place + 1);
         if (kind == 0 || (kind == 1 && args.count() <= place + 1)) return false;
     }

@@ -9,6 +9,7 @@
 
 #include "args/args.h"
 #include "args/print.h"
+#include "args/shell.h"
 #include "platform/file.h"
 #include "platform/flash.h"
 #include "platform/nvram.h"
@@ -36,13 +37,6 @@ enum Result : int {
   kNotLoaded = 9,
   kNotDownloaded = 10,
 };
-
-// What is waiting to be printed comes before what the line prints. How the line ends tells nothing: the end
-// of children is ignored in here.
-void run_shell(const char* line) {
-  fflush(stdout);
-  [[maybe_unused]] const int status = system(line);
-}
 
 void put_line(const char* line) { print("%s\n", line); }
 
