@@ -172,11 +172,11 @@ void write_values(FILE* file, const char* text, const Piece* piece, const Value*
     at = out.put(at, text, piece->literal);
     text += piece->literal + piece->skip;
     if (out.room(at) < 1 + kMaxDigits) at = out.flush(at);
+    if (piece->shape == Shape::kEnd) break;  // there is no value to it
     uint64_t number = value->number;
     switch (piece->shape) {
       case Shape::kEnd:
-        out.flush(at);
-        return;
+        break;
       case Shape::kText:
         at = out.put(at, value->text, strnlen(value->text, value->room));
         break;
@@ -199,6 +199,7 @@ void write_values(FILE* file, const char* text, const Piece* piece, const Value*
         break;
     }
   }
+  out.flush(at);
 }
 
 }  // namespace

@@ -74,10 +74,10 @@ struct Piece {
   Shape shape = Shape::kEnd;
   char type = 0;  // d u x X s c
   uint8_t width = 0;
-  bool left = false;
-  bool zero = false;
-  bool is_long = false;
-  bool is_field = false;
+  bool left : 1 = false;
+  bool zero : 1 = false;
+  bool is_long : 1 = false;
+  bool is_field : 1 = false;
 };
 
 // Never defined: reaching them stops the compiler at the format that is wrong.
@@ -145,14 +145,22 @@ void print_error_values(const char* text, const Piece* pieces, const Value* valu
 }  // namespace print_detail
 
 template <typename... Args>
-void print(print_detail::Format<std::type_identity_t<Args>...> format, const Args&... args) {
-  const print_detail::Value values[] = {print_detail::Value(args)..., print_detail::Value(0)};
-  print_detail::print_values(format.text, format.pieces, values);
+void print(const print_detail::Format<std::type_identity_t<Args>...>& format, const Args&... args) {
+  if constexpr (sizeof...(Args) == 0) {
+    print_detail::print_values(format.text, format.pieces, nullptr);
+  } else {
+    const print_detail::Value values[] = {print_detail::Value(args)...};
+    print_detail::print_values(format.text, format.pieces, values);
+  }
 }
 
 // Writes out what standard output still holds first, so that what a person sees is in order.
 template <typename... Args>
-void print_error(print_detail::Format<std::type_identity_t<Args>...> format, const Args&... args) {
-  const print_detail::Value values[] = {print_detail::Value(args)..., print_detail::Value(0)};
-  print_detail::print_error_values(format.text, format.pieces, values);
+void print_error(const print_detail::Format<std::type_identity_t<Args>...>& format, const Args&... args) {
+  if constexpr (sizeof...(Args) == 0) {
+    print_detail::print_error_values(format.text, format.pieces, nullptr);
+  } else {
+    const print_detail::Value values[] = {print_detail::Value(args)...};
+    print_detail::print_error_values(format.text, format.pieces, values);
+  }
 }
