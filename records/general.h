@@ -6,7 +6,7 @@
 
 #include "records/field.h"
 
-enum GeneralCommand : uint32_t { kErrorInfo = 5, kMemoryReport = 7, kWatchdog = 73 };
+enum GeneralCommand : uint32_t { kErrorInfo = 5, kMemoryReport = 7, kOspfRouterId = 72, kWatchdog = 73 };
 
 struct ErrorInfo {
   uint32_t number;
@@ -36,3 +36,14 @@ static_assert(sizeof(WatchdogOrder) == 4);
 static_assert(is_described<WatchdogOrder>());
 
 enum WatchdogAction : uint32_t { kWatchdogStart = 1, kWatchdogStop = 2, kWatchdogPing = 3 };
+
+struct OspfRouterId {
+  uint32_t is_set;
+  Ip4 router_id;  // 0: the daemon chooses one
+
+  static constexpr void each_field(auto& r, auto&& field) {
+    field("is_set", r.is_set), field("router_id", r.router_id);
+  }
+};
+static_assert(sizeof(OspfRouterId) == 8 && offsetof(OspfRouterId, router_id) == 4);
+static_assert(is_described<OspfRouterId>());

@@ -9,6 +9,7 @@
 #include "board/commands.h"
 #include "net/commands.h"
 #include "order/commands.h"
+#include "routing/commands.h"
 #include "rules/commands.h"
 #include "traffic/commands.h"
 #include "upgrade/commands.h"
@@ -147,12 +148,12 @@ constexpr CommandEntry kCommandTable[] = {
      " mail_get\n"
      " mem"},
     {"macuser", cmd_macuser, "set/get/list/mac_del/id_del"},
-    {"ospfv3", nullptr, "dev add/del/delall"},
-    {"ospf", nullptr, "subnet add/del/delall"},
-    {"rip", nullptr, "subnet add/del/delall"},
-    {"ripng", nullptr, "dev add/del/delall"},
-    {"ipv6", nullptr, "router add/del/info"},
-    {"zebra", nullptr, "check_log"},
+    {"ospfv3", cmd_ospfv3, "dev add/del/delall"},
+    {"ospf", cmd_ospf, "subnet add/del/delall"},
+    {"rip", cmd_rip, "subnet add/del/delall"},
+    {"ripng", cmd_ripng, "dev add/del/delall"},
+    {"ipv6", cmd_ipv6, "router add/del/info"},
+    {"zebra", cmd_zebra, "check_log"},
     {"rssi", cmd_rssi, "get"},
     {"usb_acc", cmd_usage_only, "en ip mac"},
     {"ip_options_srr", cmd_ip_options_srr, "set get"},

@@ -6,6 +6,7 @@
 #include "modules/checks.h"
 #include "modules/modules.h"
 #include "records/general.h"
+#include "state/settings.h"
 
 namespace {
 
@@ -57,6 +58,14 @@ void memory_report(Store& store) {
                    std::to_string(store.number("PRAGMA freelist_count") * page_size / 1024) + " KiB");
 }
 
+void ospf_router_id(Store& store, OspfRouterId& id) {
+  if (id.is_set != 0) {
+    refuse_unless(id.router_id.value != 0, kBadAddress);
+    set_setting(store, kModuleGeneral, "ospf_router_id", id.router_id.value);
+  }
+  id.router_id = {get_setting(store, kModuleGeneral, "ospf_router_id")};
+}
+
 constexpr const char* kSchema[] = {R"(
 CREATE TABLE error_info (number INTEGER PRIMARY KEY, text TEXT NOT NULL))",
                                    R"(
@@ -68,6 +77,7 @@ DELETE FROM error_info WHERE number IN (SELECT module FROM report))"};
 constexpr Command kCommands[] = {
     {kErrorInfo, kWrites, run_as<error_info>},
     {kMemoryReport, kWrites, run_as<memory_report>},
+    {kOspfRouterId, kWrites, run_as<ospf_router_id>},
 };
 
 }  // namespace
