@@ -50,11 +50,20 @@ class FileActions {
   void open(int descriptor, const char* file, int flags) {
     posix_spawn_file_actions_addopen(&actions_, descriptor, file, flags, 0600);
   }
+  void lead(int descriptor, int to) { posix_spawn_file_actions_adddup2(&actions_, to, descriptor); }
   const posix_spawn_file_actions_t* get() const { return &actions_; }
 
  private:
   posix_spawn_file_actions_t actions_;
 };
+
+std::vector<char*> arguments(const std::vector<std::string>& words) {
+  std::vector<char*> argv;
+  argv.reserve(words.size() + 1);
+  for (const std::string& word : words) argv.push_back(const_cast<char*>(word.c_str()));
+  argv.push_back(nullptr);
+  return argv;
+}
 
 pid_t spawn(char* const argv[], const FileActions& actions) {
   pid_t child = 0;
@@ -105,17 +114,33 @@ class Held {
 }  // namespace
 
 int run_program(const std::vector<std::string>& words, Output output) {
-  std::vector<char*> argv;
-  argv.reserve(words.size() + 1);
-  for (const std::string& word : words) argv.push_back(const_cast<char*>(word.c_str()));
-  argv.push_back(nullptr);
   const ChildSignal child_signal;
   FileActions actions;
   if (output == kSilenced) {
     actions.open(STDOUT_FILENO, "/dev/null", O_WRONLY);
     actions.open(STDERR_FILENO, "/dev/null", O_WRONLY);
   }
-  return wait_for(spawn(argv.data(), actions));
+  return wait_for(spawn(arguments(words).data(), actions));
+}
+
+ProgramEnd read_program(const std::vector<std::string>& words) {
+  const ChildSignal child_signal;
+  int ends[2];
+  if (pipe2(ends, O_CLOEXEC) != 0) throw std::runtime_error(std::string("pipe: ") + strerror(errno));
+  const std::unique_ptr<FILE, FileCloser> output(fdopen(ends[0], "r"));
+  std::unique_ptr<FILE, FileCloser> input(fdopen(ends[1], "w"));
+  FileActions actions;
+  actions.lead(STDOUT_FILENO, ends[1]);
+  actions.open(STDERR_FILENO, "/dev/null", O_WRONLY);
+  const pid_t child = spawn(arguments(words).data(), actions);
+  input.reset();
+  ProgramEnd end = {};
+  char piece[4096];
+  for (size_t got = 0; (got = fread(piece, 1, sizeof piece, output.get())) > 0;) {
+    end.output.append(piece, got);
+  }
+  end.status = wait_for(child);
+  return end;
 }
 
 int64_t start_program(char* const argv[], const char* output_file) {

@@ -20,6 +20,13 @@ int64_t start_program(char* const argv[], const char* output_file);
 // Returns its exit status, or 128 and the signal that ended it.
 int wait_for_program(int64_t pid, int seconds);
 
+struct ProgramEnd {
+  int status;
+  std::string output;
+};
+// The same, for a program whose standard output is wanted; what it writes to standard error goes nowhere.
+ProgramEnd read_program(const std::vector<std::string>& words);
+
 // A process by its number and the moment at which it started: numbers are used again.
 struct Process {
   int64_t pid;
