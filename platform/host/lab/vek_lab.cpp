@@ -11,6 +11,7 @@
 #include <new>
 
 #include "lab/audit_listen.h"
+#include "lab/enter.h"
 #include "lab/hosts.h"
 #include "lab/made_hosts.h"
 #include "lab/sections.h"
@@ -161,6 +162,14 @@ constexpr Action kActions[] = {{"load", 1, load},        {"reset", 0, reset},
 
 int main(int argc, char** argv) {
   std::set_terminate(end);
+  if (argc > 1 && std::string_view(argv[1]) == "enter") {
+    try {
+      return enter({argv + 2, argv + argc});
+    } catch (const std::exception& error) {
+      fprintf(stderr, "vek-lab: %s\n", error.what());
+    }
+    return 1;
+  }
   for (const Action& action : kActions) {
     if (argc != 2 + action.arguments || action.word != argv[1]) continue;
     try {
@@ -174,9 +183,13 @@ int main(int argc, char** argv) {
     }
     return 1;
   }
-  fputs(
-      "vek-lab load FILE\nvek-lab reset\nvek-lab show\nvek-lab reboot\nvek-lab hosts N\nvek-lab "
-      "audit-listen\n",
-      stderr);
+  fputs("vek-lab load FILE
+        vek -
+        lab reset vek - lab show vek - lab reboot vek - lab hosts N vek - lab audit -
+        listen
+        "
+        "vek-lab enter [--routing] [COMMAND...]
+        ",
+        stderr);
   return 1;
 }
