@@ -60,46 +60,22 @@ std::string vtysh(const Words& commands) {
   refuse(std::string("no daemon of FRR answers at ") + (folder == nullptr ? "/run/frr" : folder));
 }
 
-void configure(Words lines) {
-  lines.insert(lines.begin(), "configure terminal");
-  vtysh(lines);
-}
-
-void require_daemon(const char* name) {
-  std::istringstream daemons(vtysh({"show daemons"}));
-  for (std::string daemon; daemons >> daemon;) {
-    if (daemon == name) return;
-  }
-  refuse(std::string(name) + " is not running");
-}
-
 // A line of the running configuration, and those that are indented below it.
 struct Block {
   std::string head;
   Words lines;
 };
 
-std::vector<Block> running_configuration() {
-  std::istringstream text(vtysh({"show running-config"}));
+struct Running {
+  Words daemons;
   std::vector<Block> blocks;
-  for (std::string line; std::getline(text, line);) {
-    if (line.starts_with(' ') && !blocks.empty()) {
-      blocks.back().lines.push_back(line.substr(1));
-    } else if (!line.empty()) {
-      blocks.push_back({line, {}});
-    }
-  }
-  return blocks;
-}
+};
+std::optional<Running> known;  // until the next change
 
-using Owns = std::function<bool(const std::string& line)>;
-
-Words owned(const std::string& head, const Owns& owns) {
-  Words lines;
-  for (const Block& block : running_configuration()) {
-    if (block.head == head) std::ranges::copy_if(block.lines, std::back_inserter(lines), owns);
-  }
-  return lines;
+void configure(Words lines) {
+  known.reset();
+  lines.insert(lines.begin(), "configure terminal");
+  vtysh(lines);
 }
 
 Words words_of(const std::string& line) {
@@ -107,6 +83,38 @@ Words words_of(const std::string& line) {
   Words words;
   for (std::string word; text >> word;) words.push_back(word);
   return words;
+}
+
+const Running& running() {
+  if (known) return *known;
+  std::istringstream text(vtysh({"show daemons", "show running-config"}));
+  Running all;
+  std::string line;
+  std::getline(text, line);
+  all.daemons = words_of(line);
+  while (std::getline(text, line)) {
+    if (line.starts_with(' ') && !all.blocks.empty()) {
+      all.blocks.back().lines.push_back(line.substr(1));
+    } else if (!line.empty()) {
+      all.blocks.push_back({line, {}});
+    }
+  }
+  known = std::move(all);
+  return *known;
+}
+
+bool has_block(const std::string& head) {
+  return std::ranges::find(running().blocks, head, &Block::head) != running().blocks.end();
+}
+
+using Owns = std::function<bool(const std::string& line)>;
+
+Words owned(const std::string& head, const Owns& owns) {
+  Words lines;
+  for (const Block& block : running().blocks) {
+    if (block.head == head) std::ranges::copy_if(block.lines, std::back_inserter(lines), owns);
+  }
+  return lines;
 }
 
 std::string without_no(const std::string& line) { return line.starts_with("no ") ? line.substr(3) : line; }
@@ -334,7 +342,8 @@ bool is_passive(const std::string& line) { return line.starts_with("passive-inte
 // ---- The actions ----
 
 void clear(const Section& section, const Words&) {
-  for (const Block& block : running_configuration()) {
+  const std::vector<Block> blocks = running().blocks;
+  for (const Block& block : blocks) {
     const std::string& head = block.head;
     const bool is_prefix = std::string(section.head).ends_with(' ');
     if (is_prefix ? !head.starts_with(section.head) : head != section.head) continue;
@@ -355,9 +364,7 @@ void start_anew(const Section& section, const Words& words) {
 }
 
 void end_process(const Section& section, const Words&) {
-  for (const Block& block : running_configuration()) {
-    if (block.head == section.process) configure({std::string("no ") + section.process});
-  }
+  if (has_block(section.process)) configure({std::string("no ") + section.process});
 }
 
 // The id that "vek ospf router_id" has set; 0.0.0.0: FRR chooses one.
@@ -381,8 +388,7 @@ void add_interface(const Section&, const Words& words) { configure({"interface "
 
 void del_interface(const Section& section, const Words& words) {
   const std::string dev = device_name(words[0]);
-  const auto blocks = running_configuration();
-  if (std::ranges::find(blocks, "interface " + dev, &Block::head) == blocks.end()) refuse("no such entry");
+  if (!has_block("interface " + dev)) refuse("no such entry");
   settle("interface " + dev, lines_of(section), {});
   if (section.protocol != 4) settle(section.process, only("passive-interface " + dev), {});
 }
@@ -616,8 +622,7 @@ void add_route(const Section&, const Words& words) { configure({route_line(words
 
 void del_route(const Section&, const Words& words) {
   const std::string line = route_line(words, device_name);
-  const auto blocks = running_configuration();
-  if (std::ranges::find(blocks, line, &Block::head) == blocks.end()) refuse("no such entry");
+  if (!has_block(line)) refuse("no such entry");
   configure({"no " + line});
 }
 
@@ -678,7 +683,7 @@ void run(const Words& words) {
     const Section& section = *std::ranges::find_if(kSections, [&](const Section& each) {
       return each.protocol == action.protocol && each.number == action.section;
     });
-    require_daemon(section.daemon);
+    if (!contains(running().daemons, section.daemon)) refuse(std::string(section.daemon) + " is not running");
     if (action.run != nullptr) {
       action.run(section, others);
     } else {
