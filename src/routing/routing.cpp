@@ -27,9 +27,10 @@ static_assert(std::size(kWords) == kVlink + 1);
 
 enum Kind : uint8_t {
   kQuoted,
-  kBare,   // the action goes on without quotes
-  kAlone,  // the section needs no action behind it: what goes on is this one
-  kUsage,  // the section or action is missing or unknown
+  kBare,       // the action goes on without quotes
+  kAlone,      // the section needs no action behind it: what goes on is this one
+  kUsage,      // the section or action is missing or unknown
+  kWhole = 8,  // and: the usage has more than what stands behind the row's own words
 };
 
 struct Row {
@@ -37,7 +38,7 @@ struct Row {
   uint8_t section_number;
   Word section;
   Word action;
-  Kind kind = kQuoted;
+  uint8_t kind = kQuoted;
   uint8_t min_words = 0;  // of all words, the tool's name included
   uint8_t passed = 0;     // words behind the action that go on
   const char* usage = nullptr;
@@ -47,96 +48,102 @@ struct Row {
 // words than are taken: callers know both as they are.
 // clang-format off
 constexpr Row kRows[] = {
-    {kOspfv3, 0, kDev, kAdd, kQuoted, 5, 2, "ospfv3 dev add [dev] [area_id]"},
-    {kOspfv3, 0, kDev, kDel, kQuoted, 5, 2, "ospfv3 dev del [dev] [area_id]"},
+    {kOspfv3, 0, kDev, kAdd, kQuoted, 5, 2, "[dev] [area_id]"},
+    {kOspfv3, 0, kDev, kDel, kQuoted, 5, 2, "[dev] [area_id]"},
     {kOspfv3, 0, kDev, kDelall},
     {kOspfv3, 0, kDev, kInit},
-    {kOspfv3, 0, kDev, kAny, kUsage, 0, 0, "ospfv3 dev add/del/delall/init"},
-    {kOspfv3, 1, kInterface, kMod, kBare, 11, 7, "ospfv3 interface mod dev passive cost neighbor_age hello_interval pri retrans_interval"},
+    {kOspfv3, 0, kDev, kAny, kUsage, 0, 0, "add/del/delall/init"},
+    {kOspfv3, 1, kInterface, kMod, kBare, 11, 7, "dev passive cost neighbor_age hello_interval pri retrans_interval"},
     {kOspfv3, 1, kInterface, kInit},
-    {kOspfv3, 1, kInterface, kAdd, kQuoted, 5, 1, "ospfv3 interface add dev"},
-    {kOspfv3, 1, kInterface, kDel, kQuoted, 5, 1, "ospfv3 interface del dev"},
+    {kOspfv3, 1, kInterface, kAdd, kQuoted, 5, 1, "dev"},
+    {kOspfv3, 1, kInterface, kDel, kQuoted, 5, 1, "dev"},
     {kOspfv3, 1, kInterface, kDelall},
-    {kOspfv3, 1, kInterface, kAny, kUsage, 0, 0, "ospfv3 interface mod/init/add/del/delall"},
+    {kOspfv3, 1, kInterface, kAny, kUsage, 0, 0, "mod/init/add/del/delall"},
     {kOspfv3, 2, kParm, kInit},
-    {kOspfv3, 2, kParm, kAny, kUsage, 0, 0, "ospfv3 parm init"},
+    {kOspfv3, 2, kParm, kAny, kUsage, 0, 0, "init"},
     {kOspfv3, 3, kInfo, kDatabase},
     {kOspfv3, 3, kInfo, kRoute},
     {kOspfv3, 3, kInfo, kNeighbor},
     {kOspfv3, 3, kInfo, kInterface},
-    {kOspfv3, 3, kInfo, kAny, kUsage, 0, 0, "ospfv3 info database/route/neighbor/interface"},
-    {kOspfv3, 0, kAny, kAny, kUsage, 0, 0, "ospfv3 dev/interface/parm/info"},
+    {kOspfv3, 3, kInfo, kAny, kUsage, 0, 0, "database/route/neighbor/interface"},
+    {kOspfv3, 0, kAny, kAny, kUsage, 0, 0, "dev/interface/parm/info"},
 
-    {kOspf, 0, kSubnet, kAdd, kQuoted, 5, 2, "ospf subnet add subnet area_id"},
-    {kOspf, 0, kSubnet, kDel, kQuoted, 5, 2, "ospf subnet del subnet area_id"},
+    {kOspf, 0, kSubnet, kAdd, kQuoted, 5, 2, "subnet area_id"},
+    {kOspf, 0, kSubnet, kDel, kQuoted, 5, 2, "subnet area_id"},
     {kOspf, 0, kSubnet, kDelall},
     {kOspf, 0, kSubnet, kInit},
-    {kOspf, 0, kSubnet, kAny, kUsage, 0, 0, "ospf subnet add/del/mod/delall"},
-    {kOspf, 1, kInterface, kMod, kBare, 15, 11, "ospf interface mod devname ip passive auth_mode auth_password cost neighbor_age hello_interval pri retrans_interval network"},
+    {kOspf, 0, kSubnet, kAny, kUsage, 0, 0, "add/del/mod/delall"},
+    {kOspf, 1, kInterface, kMod, kBare, 15, 11, "devname ip passive auth_mode auth_password cost neighbor_age hello_interval pri retrans_interval network"},
     {kOspf, 1, kInterface, kInit},
-    {kOspf, 1, kInterface, kAdd, kQuoted, 5, 1, "ospf interface add devname"},
-    {kOspf, 1, kInterface, kDel, kQuoted, 5, 1, "ospf interface del devname"},
+    {kOspf, 1, kInterface, kAdd, kQuoted, 5, 1, "devname"},
+    {kOspf, 1, kInterface, kDel, kQuoted, 5, 1, "devname"},
     {kOspf, 1, kInterface, kDelall},
-    {kOspf, 1, kInterface, kAny, kUsage, 0, 0, "ospf interface mod/init"},
+    {kOspf, 1, kInterface, kAny, kUsage, 0, 0, "mod/init"},
     {kOspf, 2, kParm, kInit},
-    {kOspf, 2, kParm, kAny, kUsage, 0, 0, "ospf parm init"},
-    {kOspf, 3, kVlink, kAdd, kQuoted, 12, 8, "ospf vlink add area_id router_id hello_interval retrans_interval trans_delay dead_interval auth_mode auth_password"},
-    {kOspf, 3, kVlink, kDel, kQuoted, 5, 2, "ospf vlink del area_id router_id"},
+    {kOspf, 2, kParm, kAny, kUsage, 0, 0, "init"},
+    {kOspf, 3, kVlink, kAdd, kQuoted, 12, 8, "area_id router_id hello_interval retrans_interval trans_delay dead_interval auth_mode auth_password"},
+    {kOspf, 3, kVlink, kDel, kQuoted, 5, 2, "area_id router_id"},
     {kOspf, 3, kVlink, kDelall},
     {kOspf, 3, kVlink, kInit},
-    {kOspf, 3, kVlink, kAny, kUsage, 0, 0, "ospf vlink add/del/delall/init"},
+    {kOspf, 3, kVlink, kAny, kUsage, 0, 0, "add/del/delall/init"},
     {kOspf, 4, kInfo, kDatabase},
     {kOspf, 4, kInfo, kRoute},
     {kOspf, 4, kInfo, kNeighbor},
     {kOspf, 4, kInfo, kInterface},
-    {kOspf, 4, kInfo, kAny, kUsage, 0, 0, "ospf info database/route/neighbor/interface"},
-    {kOspf, 0, kAny, kAny, kUsage, 0, 0, "ospf subnet/interface/parm/vlink/router_id"},
+    {kOspf, 4, kInfo, kAny, kUsage, 0, 0, "database/route/neighbor/interface"},
+    {kOspf, 0, kAny, kAny, kUsage, 0, 0, "subnet/interface/parm/vlink/router_id"},
 
-    {kRip, 0, kSubnet, kAdd, kQuoted, 5, 1, "rip subnet add subnet"},
-    {kRip, 0, kSubnet, kDel, kQuoted, 5, 1, "rip subnet del subnet"},
+    {kRip, 0, kSubnet, kAdd, kQuoted, 5, 1, "subnet"},
+    {kRip, 0, kSubnet, kDel, kQuoted, 5, 1, "subnet"},
     {kRip, 0, kSubnet, kDelall},
     {kRip, 0, kSubnet, kInit},
-    {kRip, 0, kSubnet, kAny, kUsage, 0, 0, "rip subnet add/del/mod/delall"},
-    {kRip, 1, kKeychain, kAdd, kQuoted, 7, 3, "rip keychain add name key_id key_string"},
-    {kRip, 1, kKeychain, kDel, kQuoted, 5, 1, "rip keychain del name"},
+    {kRip, 0, kSubnet, kAny, kUsage, 0, 0, "add/del/mod/delall"},
+    {kRip, 1, kKeychain, kAdd, kQuoted, 7, 3, "name key_id key_string"},
+    {kRip, 1, kKeychain, kDel, kQuoted, 5, 1, "name"},
     {kRip, 1, kKeychain, kInit},
-    {kRip, 1, kKeychain, kAny, kUsage, 0, 0, "rip keychain add/del"},
-    {kRip, 2, kInterface, kMod, kQuoted, 13, 9, "rip interface mod devname ip passive auth_mode password_type password split_horizon send_version rcv_version"},
+    {kRip, 1, kKeychain, kAny, kUsage, 0, 0, "add/del"},
+    {kRip, 2, kInterface, kMod, kQuoted, 13, 9, "devname ip passive auth_mode password_type password split_horizon send_version rcv_version"},
     {kRip, 2, kInterface, kInit},
-    {kRip, 2, kInterface, kAdd, kQuoted, 5, 1, "rip interface add devname"},
-    {kRip, 2, kInterface, kDel, kQuoted, 5, 1, "rip interface del devname"},
+    {kRip, 2, kInterface, kAdd, kQuoted, 5, 1, "devname"},
+    {kRip, 2, kInterface, kDel, kQuoted, 5, 1, "devname"},
     {kRip, 2, kInterface, kDelall},
-    {kRip, 2, kInterface, kAny, kUsage, 0, 0, "rip interface mod/init"},
+    {kRip, 2, kInterface, kAny, kUsage, 0, 0, "mod/init"},
     {kRip, 3, kParm, kInit},
     {kRip, 3, kParm, kDelall},
-    {kRip, 3, kParm, kAny, kUsage, 0, 0, "rip parm init/delall"},
+    {kRip, 3, kParm, kAny, kUsage, 0, 0, "init/delall"},
     {kRip, 4, kInfo, kGet, kAlone},
-    {kRip, 0, kAny, kAny, kUsage, 0, 0, "rip subnet/keychain/interface/parm/info"},
+    {kRip, 0, kAny, kAny, kUsage, 0, 0, "subnet/keychain/interface/parm/info"},
 
-    {kRipng, 0, kSubnet, kAdd, kQuoted, 5, 1, "ripng dev add dev"},
-    {kRipng, 0, kSubnet, kDel, kQuoted, 5, 1, "ripng dev del dev"},
+    {kRipng, 0, kSubnet, kAdd, kWhole, 5, 1, "ripng dev add dev"},
+    {kRipng, 0, kSubnet, kDel, kWhole, 5, 1, "ripng dev del dev"},
     {kRipng, 0, kSubnet, kDelall},
     {kRipng, 0, kSubnet, kInit},
-    {kRipng, 0, kSubnet, kAny, kUsage, 0, 0, "ripng dev add/del/delall/init"},
-    {kRipng, 1, kInterface, kMod, kQuoted, 7, 3, "ripng interface devname passive split_horizon"},
+    {kRipng, 0, kSubnet, kAny, kUsage | kWhole, 0, 0, "ripng dev add/del/delall/init"},
+    {kRipng, 1, kInterface, kMod, kWhole, 7, 3, "ripng interface devname passive split_horizon"},
     {kRipng, 1, kInterface, kInit},
-    {kRipng, 1, kInterface, kAdd, kQuoted, 5, 1, "ripng interface add devname"},
-    {kRipng, 1, kInterface, kDel, kQuoted, 5, 1, "ripng interface del devname"},
+    {kRipng, 1, kInterface, kAdd, kQuoted, 5, 1, "devname"},
+    {kRipng, 1, kInterface, kDel, kQuoted, 5, 1, "devname"},
     {kRipng, 1, kInterface, kDelall},
-    {kRipng, 1, kInterface, kAny, kUsage, 0, 0, "rip interface mod/init/add/del/delall"},
+    {kRipng, 1, kInterface, kAny, kUsage | kWhole, 0, 0, "rip interface mod/init/add/del/delall"},
     {kRipng, 2, kParm, kInit},
     {kRipng, 2, kParm, kDelall},
-    {kRipng, 2, kParm, kAny, kUsage, 0, 0, "ripng parm init/delall"},
+    {kRipng, 2, kParm, kAny, kUsage, 0, 0, "init/delall"},
     {kRipng, 3, kInfo, kGet, kAlone},
-    {kRipng, 0, kAny, kAny, kUsage, 0, 0, "ripng dev/interface/parm/info"},
+    {kRipng, 0, kAny, kAny, kUsage, 0, 0, "dev/interface/parm/info"},
 
-    {kIpv6, 0, kRouter, kAdd, kQuoted, 7, 3, "ipv6 router add dst gw dev"},
-    {kIpv6, 0, kRouter, kDel, kQuoted, 7, 3, "ipv6 router del dst gw dev"},
+    {kIpv6, 0, kRouter, kAdd, kQuoted, 7, 3, "dst gw dev"},
+    {kIpv6, 0, kRouter, kDel, kQuoted, 7, 3, "dst gw dev"},
     {kIpv6, 0, kRouter, kInfo},
     {kIpv6, 0, kRouter, kInit},
-    {kIpv6, 0, kAny, kAny, kUsage, 0, 0, "ipv6 router add/del/info"},
+    {kIpv6, 0, kAny, kAny, kUsage, 0, 0, "router add/del/info"},
 };
 // clang-format on
+
+// What is waiting to be printed comes before what the line prints. How the line ends is nobody's business.
+void run_shell(const char* line) {
+  fflush(stdout);
+  [[maybe_unused]] const int status = system(line);
+}
 
 // A shell line of limited length: what is too much is cut off. A line that is cut within a word ends within
 // its quotes, so that the shell runs none of it.
@@ -157,11 +164,7 @@ class ShellLine {
     }
     put('"');
   }
-  // What is waiting to be printed comes before what the line prints.
-  void run() const {
-    fflush(stdout);
-    [[maybe_unused]] const int status = system(text_);
-  }
+  const char* text() const { return text_; }
 
  private:
   char text_[512] = {};
@@ -180,10 +183,20 @@ const Row& find_row(Protocol protocol, const Args& args) {
   return *row;
 }
 
+void complain(const Row& row, const Args& args) {
+  print_error("vek");
+  if ((row.kind & kWhole) == 0) {
+    for (const char* word : {args[1], kWords[row.section], kWords[row.action]}) {
+      if (word != nullptr) print_error(" %s", word);
+    }
+  }
+  print_error(" %s\n", row.usage);
+}
+
 int run(Protocol protocol, const Args& args) {
   const Row& row = find_row(protocol, args);
-  if (row.kind == kUsage || args.count() < row.min_words) {
-    print_error("vek %s\n", row.usage);
+  if ((row.kind & kUsage) == kUsage || args.count() < row.min_words) {
+    complain(row, args);
     return kStatusRejected;
   }
   ShellLine line;
@@ -198,7 +211,7 @@ int run(Protocol protocol, const Args& args) {
     line.put_quoted(kWords[row.action]);
   }
   for (int i = 4; i < 4 + row.passed; ++i) line.put_quoted(args[i]);
-  line.run();
+  run_shell(line.text());
   return kStatusOk;
 }
 
@@ -239,9 +252,7 @@ int cmd_zebra(int argc, char** argv, const CommandEntry*) {
     return kStatusRejected;
   }
   if (f_size("/var/log/zebra.log") > kMaxLog) {
-    ShellLine line;
-    line.put("echo \"\" > /var/log/zebra.log");
-    line.run();
+    run_shell("echo \"\" > /var/log/zebra.log");
     print("ok\n");
   }
   return kStatusOk;
