@@ -85,6 +85,19 @@ Words words_of(const std::string& line) {
   return words;
 }
 
+// A line as it would be given: some are shown with more blanks, and with defaults that older ones do not
+// know.
+std::string plain(const std::string& line) {
+  std::string text(std::min(line.find_first_not_of(' '), line.size()), ' ');
+  for (const std::string& word : words_of(line)) {
+    if (!text.empty() && text.back() != ' ') text += " ";
+    text += word;
+  }
+  const std::string known_default = " retransmit-window 50";
+  const size_t at = text.find(known_default);
+  return at == text.npos ? text : text.erase(at, known_default.size());
+}
+
 const Running& running() {
   if (known) return *known;
   std::istringstream text(vtysh({"show daemons", "show running-config"}));
@@ -93,6 +106,7 @@ const Running& running() {
   std::getline(text, line);
   all.daemons = words_of(line);
   while (std::getline(text, line)) {
+    line = plain(line);
     if (line.starts_with(' ') && !all.blocks.empty()) {
       all.blocks.back().lines.push_back(line.substr(1));
     } else if (!line.empty()) {
