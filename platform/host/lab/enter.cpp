@@ -11,6 +11,7 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <cerrno>
 #include <csignal>
 #include <cstdio>
@@ -18,6 +19,7 @@
 #include <cstring>
 #include <filesystem>
 #include <fstream>
+#include <functional>
 #include <sstream>
 #include <stdexcept>
 
@@ -54,12 +56,22 @@ void mount_new(const char* type, const std::string& where, const std::string& op
   }
 }
 
-void bind(const std::string& from, const std::string& to) {
+void bind_mount(const std::string& from, const std::string& to) {
   if (mount(from.c_str(), to.c_str(), nullptr, MS_BIND | MS_REC, nullptr) != 0) fail("cannot mount " + to);
 }
 
-// A folder that can be written to, with what was in there, but for one entry, as it was.
-void cover(const std::string& folder, const std::string& left_out) {
+void set_read_only(const std::string& where, bool is_wanted, unsigned flags = 0) {
+  mount_attr attributes = {};
+  (is_wanted ? attributes.attr_set : attributes.attr_clr) = MOUNT_ATTR_RDONLY;
+  if (mount_setattr(AT_FDCWD, where.c_str(), flags, &attributes, sizeof attributes) != 0) {
+    fail("cannot make " + where + " read-only");
+  }
+}
+
+using Keeps = std::function<bool(const std::string& name)>;
+
+// Makes a folder that can be written to, with those entries that are kept as they were.
+void cover(const std::string& folder, const Keeps& keeps) {
   const int fd = open(folder.c_str(), O_PATH | O_DIRECTORY | O_CLOEXEC);
   struct stat found = {};
   if (fd < 0 || fstat(fd, &found) != 0) fail(folder);
@@ -71,7 +83,7 @@ void cover(const std::string& folder, const std::string& left_out) {
   for (const auto& entry : std::filesystem::directory_iterator(before)) {
     const std::string name = entry.path().filename();
     const std::string path = folder + "/" + name;
-    if (name == left_out) continue;
+    if (!keeps(name)) continue;
     if (entry.is_symlink()) {
       std::filesystem::copy_symlink(entry.path(), path);
       continue;
@@ -81,26 +93,43 @@ void cover(const std::string& folder, const std::string& left_out) {
     } else {
       write_file(path, "");
     }
-    bind(entry.path(), path);
+    bind_mount(entry.path(), path);
   }
   close(fd);
 }
 
+Keeps all_but(const std::string& left_out) {
+  return [left_out](const std::string& name) { return name != left_out; };
+}
+
+// What root may do to the machine beyond its files: its disks, and settings that are not of a namespace.
+void make_kernel_files() {
+  cover("/dev", [](const std::string& name) {
+    constexpr const char* kKept[] = {"null", "zero", "full", "random", "urandom", "tty",
+                                     "ptmx", "pts",  "fd",   "stdin",  "stdout",  "stderr"};
+    return std::ranges::find(kKept, name) != std::end(kKept);
+  });
+  std::filesystem::create_directory("/dev/shm");
+  chmod("/dev/shm", 01777);
+  mount_new("proc", "/proc");
+  for (const char* path : {"/proc/sys", "/proc/sys/net", "/proc/sysrq-trigger"}) {
+    if (access(path, F_OK) != 0) continue;
+    bind_mount(path, path);
+    set_read_only(path, path != std::string("/proc/sys/net"));
+  }
+  mount_new("sysfs", "/sys");
+  set_read_only("/sys", true);
+}
+
 void make_files() {
   if (mount("", "/", nullptr, MS_REC | MS_PRIVATE, nullptr) != 0) fail("cannot detach the mounts");
-  mount_attr read_only = {};
-  read_only.attr_set = MOUNT_ATTR_RDONLY;
-  if (mount_setattr(AT_FDCWD, "/", AT_RECURSIVE, &read_only, sizeof read_only) != 0) {
-    fail("cannot make the machine's files read-only");
-  }
-  mount_new("proc", "/proc");
-  mount_new("sysfs", "/sys");
-  if (access("/dev/shm", F_OK) == 0) mount_new("tmpfs", "/dev/shm");
+  set_read_only("/", true, AT_RECURSIVE);
+  make_kernel_files();
   mount_new("tmpfs", "/run", "mode=755");
-  cover("/etc", "upgrade");
-  cover("/var/log", "zebra.log");
-  cover("/var/tmp", "frr");
-  cover("/tmp", "mnt");
+  cover("/etc", all_but("upgrade"));
+  cover("/var/log", all_but("zebra.log"));
+  cover("/var/tmp", all_but("frr"));
+  cover("/tmp", all_but("mnt"));
   std::filesystem::create_directories("/tmp/mnt/usblog");
   mount_new("tmpfs", "/tmp/mnt/usblog");
   std::filesystem::create_directory("/run/vek");
@@ -147,7 +176,7 @@ void join_group() {
   }
   ours << "frrvty:x:0:root\n";
   write_file(group, ours.str());
-  bind(group, "/etc/group");
+  bind_mount(group, "/etc/group");
 }
 
 void start_routing() {
