@@ -284,8 +284,9 @@ std::string token(const char* what, const std::string& word, size_t most) {
   return word;
 }
 
-// The place among the choices of a word or its number.
+// The place among the choices of a word or its number; that of the first where there is none.
 size_t choice(const char* what, const std::string& word, std::initializer_list<const char*> choices) {
+  if (word.empty()) return 0;
   const auto found = std::ranges::find(choices, word);
   if (found != choices.end()) return static_cast<size_t>(found - choices.begin());
   const std::optional<uint32_t> value = number_of(word);
@@ -293,9 +294,7 @@ size_t choice(const char* what, const std::string& word, std::initializer_list<c
   return *value;
 }
 enum Auth : size_t { kNoAuth, kTextAuth, kMd5Auth };
-size_t auth_mode(const std::string& word) {
-  return word.empty() ? kNoAuth : choice("authentication", word, {"none", "text", "md5"});
-}
+size_t auth_mode(const std::string& word) { return choice("authentication", word, {"none", "text", "md5"}); }
 
 // ---- What the sections have ----
 
@@ -428,6 +427,13 @@ void del_dev(const Section& section, const Words& words) {
   });
 }
 
+// A neighbour would be lost before it could say hello again.
+void check_age(const std::string& age, const std::string& hello) {
+  const std::optional<uint32_t> after = number_of(age);
+  const std::optional<uint32_t> every = number_of(hello);
+  if (after && every && *after <= *every) refuse("neighbours age within one hello interval");
+}
+
 // The numbers that both versions of OSPF have for an interface; the ending stands behind each line.
 void add_numbers(Words& lines, const std::string& begin, const std::string& end, const Words& words,
                  size_t first) {
@@ -440,6 +446,7 @@ void add_numbers(Words& lines, const std::string& begin, const std::string& end,
                   {"hello-interval", 1, 65535},
                   {"priority", 0, 255},
                   {"retransmit-interval", 1, 65535}};
+  check_age(words[first + 1], words[first + 2]);
   for (const auto& each : kNumbers) {
     const std::string& word = words[first++];
     if (word.empty()) continue;
@@ -534,6 +541,8 @@ Owns vlink_of(const std::string& where, const std::string& id) {
 void add_vlink(const Section& section, const Words& words) {
   const std::string where = area(words[0]);
   const std::string id = address<AF_INET>("router id", words[1]);
+  if (id == "0.0.0.0") refuse_word("router id", id);
+  check_age(words[5], words[2]);
   const std::string begin = "area " + where + " virtual-link " + id;
   std::string first = begin;
   constexpr const char* kNumbers[] = {"hello-interval", "retransmit-interval", "transmit-delay",
@@ -589,7 +598,7 @@ void mod_rip_interface(const Section& section, const Words& words) {
   const bool is_to_be_passive = choice("passive", words[2], {"0", "1"}) == 1;
   Words lines;
   const size_t mode = auth_mode(words[3]);
-  const bool has_chain = !words[4].empty() && choice("password type", words[4], {"string", "keychain"}) == 1;
+  const bool has_chain = choice("password type", words[4], {"string", "keychain"}) == 1;
   if (mode == kNoAuth && !words[5].empty()) refuse("a password without authentication");
   if (mode != kNoAuth) {
     lines.push_back(std::string("ip rip authentication mode ") + (mode == kMd5Auth ? "md5" : "text"));
@@ -618,7 +627,11 @@ void mod_ripng_interface(const Section& section, const Words& words) {
 // -- Static routes --
 
 std::string route_line(const Words& words, std::string (*device_of)(const std::string&)) {
-  std::string line = "ipv6 route " + network<AF_INET6>(words[0]);
+  const std::string destination = network<AF_INET6>(words[0]);
+  in6_addr to = {};
+  inet_pton(AF_INET6, destination.substr(0, destination.find('/')).c_str(), &to);
+  if (IN6_IS_ADDR_MULTICAST(&to) || IN6_IS_ADDR_V4MAPPED(&to)) refuse_word("network", words[0]);
+  std::string line = "ipv6 route " + destination;
   const bool has_gateway = !words[1].empty() && words[1] != "::";
   if (!has_gateway && words[2].empty()) refuse("a route needs a gateway or an interface");
   if (has_gateway) {
