@@ -37,16 +37,6 @@ void write_file(const std::string& path, const std::string& text) {
   if (!file) fail(path);
 }
 
-void run_all(const std::string& commands) {
-  std::istringstream lines(commands);
-  for (std::string line; std::getline(lines, line);) {
-    std::istringstream text(line);
-    Words words;
-    for (std::string word; text >> word;) words.push_back(word);
-    if (run_program(words, kOurs) != 0) throw std::runtime_error("failed: " + line);
-  }
-}
-
 // ---- Files ----
 
 void mount_new(const char* type, const std::string& where, const std::string& options = "") {
@@ -82,7 +72,7 @@ void cover(const std::string& folder, const Keeps& keeps) {
   const std::filesystem::path before = "/proc/self/fd/" + std::to_string(fd);
   for (const auto& entry : std::filesystem::directory_iterator(before)) {
     const std::string name = entry.path().filename();
-    const std::string path = folder + "/" + name;
+    const std::string path = std::filesystem::path(folder) / name;
     if (!keeps(name)) continue;
     if (entry.is_symlink()) {
       std::filesystem::copy_symlink(entry.path(), path);
@@ -138,28 +128,30 @@ void make_files() {
 
 // ---- The network: each interface leads to a host in a network of its own ----
 
-void make_network() {
-  constexpr struct {
-    const char* name;
-    const char* network;
-    int router;
-    int peer;
-  } kLinks[] = {{"lan0", "192.168.1.", 1, 2}, {"wan0", "203.0.113.", 2, 1}, {"wan1", "198.51.100.", 2, 1}};
-  run_all("ip link set lo up");
-  for (const auto& link : kLinks) {
-    const std::string dev = link.name;
-    const std::string peer = dev + "-peer";
-    const std::string ours = link.network + std::to_string(link.router);
-    const std::string theirs = link.network + std::to_string(link.peer);
-    run_all("ip netns add " + peer +                                              //
-            "\nip link add " + dev + " type veth peer name eth0 netns " + peer +  //
-            "\nip address add " + ours + "/24 dev " + dev +                       //
-            "\nip link set " + dev + " up" +                                      //
-            "\nip -n " + peer + " address add " + theirs + "/24 dev eth0" +       //
-            "\nip -n " + peer + " link set lo up" +                               //
-            "\nip -n " + peer + " link set eth0 up" +                             //
-            "\nip -n " + peer + " route add default via " + ours);
+constexpr const char* kMakeLink = R"(
+ip netns add $1-peer
+ip link add $1 type veth peer name eth0 netns $1-peer
+ip address add $2/24 dev $1
+ip link set $1 up
+ip -n $1-peer address add $3/24 dev eth0
+ip -n $1-peer link set lo up
+ip -n $1-peer link set eth0 up
+ip -n $1-peer route add default via $2
+)";
+
+void run_shell(const std::string& script, const Words& words = {}) {
+  Words all = {"/bin/sh", "-ec", script, "sh"};
+  all.insert(all.end(), words.begin(), words.end());
+  if (run_program(all, kOurs) != 0) {
+    throw std::runtime_error("the network cannot be made (by ip, Debian package iproute2)");
   }
+}
+
+void make_network() {
+  run_shell("ip link set lo up");
+  run_shell(kMakeLink, {"lan0", "192.168.1.1", "192.168.1.2"});
+  run_shell(kMakeLink, {"wan0", "203.0.113.2", "203.0.113.1"});
+  run_shell(kMakeLink, {"wan1", "198.51.100.2", "198.51.100.1"});
   write_file("/proc/sys/net/ipv4/ip_forward", "1");
   if (access("/proc/sys/net/ipv6", F_OK) == 0) write_file("/proc/sys/net/ipv6/conf/all/forwarding", "1");
 }

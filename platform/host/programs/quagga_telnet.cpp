@@ -248,7 +248,7 @@ std::string device_name(const std::string& word) {
 // Empty for all of the interface.
 std::string address_of(const std::string& dev, const std::string& word) {
   if (word.empty() || word == "0.0.0.0") return {};
-  const std::string wanted = address<AF_INET>("address", word);
+  std::string wanted = address<AF_INET>("address", word);
   ifaddrs* all = nullptr;
   if (getifaddrs(&all) != 0) refuse("the addresses of interfaces cannot be read");
   bool is_there = false;
@@ -450,7 +450,8 @@ void add_numbers(Words& lines, const std::string& begin, const std::string& end,
   for (const auto& each : kNumbers) {
     const std::string& word = words[first++];
     if (word.empty()) continue;
-    lines.push_back(begin + each.name + " " + number(each.name, word, each.least, each.most) + end);
+    lines.push_back(begin + each.name + " ");
+    lines.back() += number(each.name, word, each.least, each.most) + end;
   }
 }
 
