@@ -86,64 +86,48 @@ TEST(Routing, LinesOfActionsWithWords) {
   }
 }
 
-TEST(Routing, LinesOfActionsAlone) {
-  for (const auto& [words, line] : {std::pair("ospfv3 dev", "4 0 delall init"),
-                                    {"ospfv3 interface", "4 1 init delall"},
-                                    {"ospfv3 parm", "4 2 init"},
-                                    {"ospfv3 info", "4 3 database route neighbor interface"},
-                                    {"ospf subnet", "2 0 delall init"},
-                                    {"ospf interface", "2 1 init delall"},
-                                    {"ospf parm", "2 2 init"},
-                                    {"ospf vlink", "2 3 delall init"},
-                                    {"ospf info", "2 4 database route neighbor interface"},
-                                    {"rip subnet", "3 0 delall init"},
-                                    {"rip keychain", "3 1 init"},
-                                    {"rip interface", "3 2 init delall"},
-                                    {"rip parm", "3 3 init delall"},
-                                    {"ripng subnet", "5 0 delall init"},
-                                    {"ripng interface", "5 1 init delall"},
-                                    {"ripng parm", "5 2 init delall"},
-                                    {"ipv6 router", "1 0 info init"}}) {
-    const std::vector<std::string> numbers_and_actions = split(line);
-    for (size_t i = 2; i < numbers_and_actions.size(); ++i) {
-      const std::string& action = numbers_and_actions[i];
-      runs(words + (" " + action) + " more", std::string(line).substr(0, 4) + "\"" + action + "\"");
+TEST(Routing, SectionsAndActionsAlone) {
+  const struct {
+    std::string words;
+    std::string line;  // the numbers, and what each of the actions adds
+    std::string usage;
+  } kSections[] = {
+      {"ospfv3", "", "ospfv3 dev/interface/parm/info"},
+      {"ospfv3 dev", "4 0 delall init", "ospfv3 dev add/del/delall/init"},
+      {"ospfv3 interface", "4 1 init delall", "ospfv3 interface mod/init/add/del/delall"},
+      {"ospfv3 parm", "4 2 init", "ospfv3 parm init"},
+      {"ospfv3 info", "4 3 database route neighbor interface",
+       "ospfv3 info database/route/neighbor/interface"},
+      {"ospf", "", "ospf subnet/interface/parm/vlink/router_id"},
+      {"ospf subnet", "2 0 delall init", "ospf subnet add/del/mod/delall"},
+      {"ospf interface", "2 1 init delall", "ospf interface mod/init"},
+      {"ospf parm", "2 2 init", "ospf parm init"},
+      {"ospf vlink", "2 3 delall init", "ospf vlink add/del/delall/init"},
+      {"ospf info", "2 4 database route neighbor interface", "ospf info database/route/neighbor/interface"},
+      {"ospf router_id", "", "ospf router_id set/get"},
+      {"rip", "", "rip subnet/keychain/interface/parm/info"},
+      {"rip subnet", "3 0 delall init", "rip subnet add/del/mod/delall"},
+      {"rip keychain", "3 1 init", "rip keychain add/del"},
+      {"rip interface", "3 2 init delall", "rip interface mod/init"},
+      {"rip parm", "3 3 init delall", "rip parm init/delall"},
+      {"ripng", "", "ripng dev/interface/parm/info"},
+      {"ripng subnet", "5 0 delall init", "ripng dev add/del/delall/init"},
+      {"ripng interface", "5 1 init delall", "rip interface mod/init/add/del/delall"},
+      {"ripng parm", "5 2 init delall", "ripng parm init/delall"},
+      {"ipv6", "", "ipv6 router add/del/info"},
+      {"ipv6 router", "1 0 info init", "ipv6 router add/del/info"},
+      {"zebra", "", "zebra check_log"},
+  };
+  for (const auto& [words, line, usage] : kSections) {
+    const std::vector<std::string> parts = split(line);
+    for (size_t i = 2; i < parts.size(); ++i) {
+      runs(words + " " + parts[i] + " more", line.substr(0, 4) + "\"" + parts[i] + "\"");
     }
+    for (const char* wrong : {"", " ADD a b", " ''"}) complains(words + wrong, usage);
   }
-  for (const char* more : {"", " ", " any more"}) {
+  for (const char* more : {"", " add more"}) {
     runs(std::string("rip info") + more, R"(3 4 "get")");
     runs(std::string("ripng info") + more, R"(5 3 "get")");
-  }
-}
-
-TEST(Routing, UsageOfSections) {
-  for (const auto& [words, usage] : {std::pair("ospfv3", "ospfv3 dev/interface/parm/info"),
-                                     {"ospfv3 dev", "ospfv3 dev add/del/delall/init"},
-                                     {"ospfv3 interface", "ospfv3 interface mod/init/add/del/delall"},
-                                     {"ospfv3 parm", "ospfv3 parm init"},
-                                     {"ospfv3 info", "ospfv3 info database/route/neighbor/interface"},
-                                     {"ospf", "ospf subnet/interface/parm/vlink/router_id"},
-                                     {"ospf subnet", "ospf subnet add/del/mod/delall"},
-                                     {"ospf interface", "ospf interface mod/init"},
-                                     {"ospf parm", "ospf parm init"},
-                                     {"ospf vlink", "ospf vlink add/del/delall/init"},
-                                     {"ospf info", "ospf info database/route/neighbor/interface"},
-                                     {"ospf router_id", "ospf router_id set/get"},
-                                     {"rip", "rip subnet/keychain/interface/parm/info"},
-                                     {"rip subnet", "rip subnet add/del/mod/delall"},
-                                     {"rip keychain", "rip keychain add/del"},
-                                     {"rip interface", "rip interface mod/init"},
-                                     {"rip parm", "rip parm init/delall"},
-                                     {"ripng", "ripng dev/interface/parm/info"},
-                                     {"ripng subnet", "ripng dev add/del/delall/init"},
-                                     {"ripng interface", "rip interface mod/init/add/del/delall"},
-                                     {"ripng parm", "ripng parm init/delall"},
-                                     {"ipv6", "ipv6 router add/del/info"},
-                                     {"ipv6 router", "ipv6 router add/del/info"},
-                                     {"zebra", "zebra check_log"}}) {
-    complains(words, usage);
-    complains(words + std::string(" ADD a b"), usage);
-    complains(words + std::string(" ''"), usage);
   }
   complains("ripng dev add eth1", "ripng dev/interface/parm/info");
   complains("rip keychain delall", "rip keychain add/del");
