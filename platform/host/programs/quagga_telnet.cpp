@@ -346,6 +346,18 @@ bool has_line(const Section& section, const std::string& line) {
 Owns lines_of(const Section& section) {
   return [&section](const std::string& line) { return has_line(section, line); };
 }
+// Those that a modification sets: whatever else an interface has stays.
+Owns set_lines_of(const Section& section) {
+  return [&section](const std::string& line) {
+    constexpr const char* kSet[] = {"authentication", "authentication-key",  "message-digest-key",
+                                    "cost",           "dead-interval",       "hello-interval",
+                                    "priority",       "retransmit-interval", "passive",
+                                    "network",        "split-horizon",       "send",
+                                    "receive"};
+    const Words words = words_of(without_no(line));
+    return has_line(section, line) && words.size() > 2 && std::ranges::find(kSet, words[2]) != std::end(kSet);
+  };
+}
 Owns only(const std::string& line) {
   return [line](const std::string& each) { return each == line; };
 }
@@ -460,7 +472,7 @@ void mod_ospf6_interface(const Section& section, const Words& words) {
   Words lines;
   if (choice("passive", words[1], {"0", "1"}) == 1) lines.emplace_back("ipv6 ospf6 passive");
   add_numbers(lines, "ipv6 ospf6 ", "", words, 2);
-  settle("interface " + dev, lines_of(section), lines);
+  settle("interface " + dev, set_lines_of(section), lines);
 }
 
 // -- OSPF --
@@ -519,10 +531,11 @@ void mod_ospf_interface(const Section& section, const Words& words) {
     lines.push_back("ip ospf network " + words[10]);
   }
   // Those of the same address, or of none; the kind of network has none.
+  const Owns is_set = set_lines_of(section);
   settle(
       "interface " + dev,
       [&](const std::string& line) {
-        if (!has_line(section, line)) return false;
+        if (!is_set(line)) return false;
         in_addr last = {};
         const bool has_ip = inet_pton(AF_INET, words_of(line).back().c_str(), &last) == 1;
         return line.starts_with("ip ospf network ") ||
@@ -612,7 +625,7 @@ void mod_rip_interface(const Section& section, const Words& words) {
     if (word != "1" && word != "2" && word != "1 2") refuse_word("version", word);
     lines.push_back(std::string("ip rip ") + name + " version " + word);
   }
-  settle("interface " + dev, lines_of(section), lines);
+  settle("interface " + dev, set_lines_of(section), lines);
   set_passive(section, dev, is_to_be_passive);
 }
 
@@ -621,7 +634,7 @@ void mod_ripng_interface(const Section& section, const Words& words) {
   const bool is_to_be_passive = choice("passive", words[1], {"0", "1"}) == 1;
   Words lines;
   add_split_horizon(lines, "ipv6 ripng ", words[2]);
-  settle("interface " + dev, lines_of(section), lines);
+  settle("interface " + dev, set_lines_of(section), lines);
   set_passive(section, dev, is_to_be_passive);
 }
 
