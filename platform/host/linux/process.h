@@ -12,6 +12,13 @@ enum Output { kOurs, kSilenced };
 // nowhere. Returns its exit status; throws when it cannot be run.
 int run_program(const std::vector<std::string>& words, Output output);
 
+struct ProgramEnd {
+  int status;
+  std::string output;
+};
+// The same, for a program whose standard output is wanted; what it writes to standard error goes nowhere.
+ProgramEnd read_program(const std::vector<std::string>& words);
+
 // Starts a program, found through PATH; what it writes goes into the file, or with null where our output
 // does. Throws when it cannot be started.
 int64_t start_program(char* const argv[], const char* output_file);
@@ -19,13 +26,6 @@ int64_t start_program(char* const argv[], const char* output_file);
 // Waits for the end of one that this process has started, and kills it after so many seconds, 0 for never.
 // Returns its exit status, or 128 and the signal that ended it.
 int wait_for_program(int64_t pid, int seconds);
-
-struct ProgramEnd {
-  int status;
-  std::string output;
-};
-// The same, for a program whose standard output is wanted; what it writes to standard error goes nowhere.
-ProgramEnd read_program(const std::vector<std::string>& words);
 
 // A process by its number and the moment at which it started: numbers are used again.
 struct Process {
