@@ -183,13 +183,10 @@ int main(int argc, char** argv) {
     }
     return 1;
   }
-  fputs("vek-lab load FILE
-        vek -
-        lab reset vek - lab show vek - lab reboot vek - lab hosts N vek - lab audit -
-        listen
-        "
-        "vek-lab enter [--routing] [COMMAND...]
-        ",
-        stderr);
+  fputs(
+      "vek-lab load FILE\nvek-lab reset\nvek-lab show\nvek-lab reboot\nvek-lab hosts N\nvek-lab "
+      "audit-listen\n"
+      "vek-lab enter [--routing] [COMMAND...]\n",
+      stderr);
   return 1;
 }
