@@ -1,9 +1,9 @@
 // ospfv3, ospf, rip, ripng and ipv6: a command line for the routing client each, run by the shell; and zebra,
 // which keeps the routing log short.
-#include <cstdio>
-#include <cstdlib>
+#include <span>
 
 #include "args/print.h"
+#include "args/shell.h"
 #include "order/order.h"
 #include "platform/file.h"
 #include "records/general.h"
@@ -138,12 +138,6 @@ constexpr Row kRows[] = {
     {kIpv6, 0, kAny, kAny, kUsage, 0, 0, "router add/del/info"},
 };
 // clang-format on
-
-// What is waiting to be printed comes before what the line prints. How the line ends is nobody's business.
-void run_shell(const char* line) {
-  fflush(stdout);
-  [[maybe_unused]] const int status = system(line);
-}
 
 // A shell line of limited length: what is too much is cut off. A line that is cut within a word ends within
 // its quotes, so that the shell runs none of it.
