@@ -29,9 +29,6 @@ constexpr uint8_t kLeaseReserved = 1;  // type; 0: from a pool
 
 using Settings = DhcpSettings<HostIp4>;
 
-bool contains(const V4Range& range, HostIp4 ip) {
-  return range.first.value <= ip.value && ip.value <= range.last.value;
-}
 bool overlap(const V4Range& one, const V4Range& other) {
   return contains(one, other.first) || contains(other, one.first);
 }
@@ -65,13 +62,22 @@ void each_pool(const Settings& settings, Visit visit) {
 
 void check_pool(const Settings& settings, int pool) {
   const uint32_t mask = settings.snmask[pool].value;
-  refuse_unless(is_mask(mask) && (~mask >> kMinHostBits) != 0, kBadMask);
+  refuse_unless(mask != 0 && is_mask(mask) && (~mask >> kMinHostBits) != 0, kBadMask);
   refuse_unless(is_host_ip(Ip4{htonl(settings.gwaddr[pool].value)}), kBadAddress);
   const V4Range range = {settings.start_addr[pool], settings.end_addr[pool]};
   refuse_unless(range.first.value <= range.last.value, kBadRange);
   const V4Range hosts = hosts_of(network_of(settings, pool));
   refuse_unless(contains(hosts, range.first) && contains(hosts, range.last), kOutsideNetwork);
   refuse_unless(contains(hosts, settings.gwaddr[pool]), kBadAddress);
+}
+
+// In a network of one of the pools, whose first and last address no host has.
+void check_host_of(const Settings& settings, HostIp4 ip) {
+  refuse_unless(has_network_for(settings, ip), kOutsideNetwork);
+  each_pool(settings, [&](int pool) {
+    const V4Range network = network_of(settings, pool);
+    refuse_unless(ip != network.first && ip != network.last, kBadAddress);
+  });
 }
 
 // Two pools of an interface may share a network, but nothing less.
@@ -122,7 +128,8 @@ void check_settings(Store& store, const Settings& settings) {
     }
   });
   refuse_unless(count != 0, kEmptyList);
-  refuse_unless(has_network_for(settings, srv_ip), kOutsideNetwork);
+  check_host_of(settings, srv_ip);
+  for (const uint32_t filter : settings.filter) check_number(filter);
   check_other_interfaces(store, settings);
   for (const HostIp4 server : settings.dnss) {
     refuse_unless(server.value == 0 || is_host_ip(Ip4{htonl(server.value)}), kBadAddress);
@@ -174,13 +181,9 @@ void reserve(Store& store, const DhcpReservation& reservation) {
   refuse_unless(is_host_ip(reservation.ip), kBadAddress);
   refuse_unless(is_host_mac(reservation.mac), kBadMac);
   if (const std::optional<Settings> settings = pool_of(store, text(reservation.dev))) {
-    refuse_unless(has_network_for(*settings, ip), kOutsideNetwork);
+    check_host_of(*settings, ip);
     refuse_unless(reservation.ip != settings->srv_ip && std::ranges::count(settings->gwaddr, ip) == 0,
                   kInUse);
-    each_pool(*settings, [&](int pool) {
-      const V4Range network = network_of(*settings, pool);
-      refuse_unless(!contains(network, ip) || contains(hosts_of(network), ip), kBadAddress);
-    });
   }
   Statement row = store.query("SELECT * FROM dhcp_exclusion WHERE dev = ?", reservation.dev);
   while (row.next()) {
@@ -373,7 +376,6 @@ CREATE TABLE dhcp_exclusion (
   PRIMARY KEY (dev, ip, netmask)
 ) WITHOUT ROWID;
 CREATE TABLE dhcp_trusted (id INTEGER PRIMARY KEY, mac BLOB NOT NULL UNIQUE);
-CREATE TABLE dhcp_server (pid INTEGER NOT NULL, start INTEGER NOT NULL, boot TEXT NOT NULL);
 CREATE TABLE dhcp_counter (               -- these are a lab's word
   dev TEXT PRIMARY KEY,
   rcv INTEGER NOT NULL,
