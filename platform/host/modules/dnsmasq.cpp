@@ -246,19 +246,19 @@ void launch(const Store& store) {
   if (!running(store)) fail("dnsmasq has not stayed");
 }
 
-// What would only show when the first client asks in vain.
-void check_interfaces(Store& store) {
+// What would only show when the first client asks in vain. Empty: all is well.
+std::string fault_of_interfaces(Store& store) {
   Statement row = store.query("SELECT dev, srv_ip FROM dhcp_pool ORDER BY dev");
   bool is_any = false;
   while (row.next()) {
     std::string dev;
     Ip4 ip;
     row.read(dev, ip);
-    if (!linux_interface(dev)) fail("Linux has no interface " + dev);
-    if (!linux_has_address(dev, ip)) fail(dev + " does not have the address " + text_of(ip));
+    if (!linux_interface(dev)) return "Linux has no interface " + dev;
+    if (!linux_has_address(dev, ip)) return dev + " does not have the address " + text_of(ip);
     is_any = true;
   }
-  if (!is_any) fail("there is no pool");
+  return is_any ? "" : "there is no pool";
 }
 
 }  // namespace
@@ -266,7 +266,7 @@ void check_interfaces(Store& store) {
 void start_dnsmasq(Store& store) {
   if (running(store)) return;
   if (geteuid() != 0) fail("only root may start it");
-  check_interfaces(store);
+  if (const std::string fault = fault_of_interfaces(store); !fault.empty()) fail(fault);
   write_settings(store, settings_text(store));
   launch(store);
 }
@@ -284,6 +284,9 @@ void follow_settings(Store& store) {
     write_settings(store, settings);
     end_process(*process);
     launch(store);
+    // The other pools are served.
+    const std::string fault = fault_of_interfaces(store);
+    if (!fault.empty()) fprintf(stderr, "vek: DHCP server: %s\n", fault.c_str());
   }
   store.commit();
 }
