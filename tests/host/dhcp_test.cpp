@@ -180,8 +180,8 @@ servers() { cat /proc/[0-9]*/cmdline 2>/dev/null | tr '\0' ' ' | grep -o "[d]nsm
 ip link set lo up
 ip link add lan0 type veth peer name eth0 netns $client
 ip link set lan0 up
-vek dhcp add lan0 192.168.7.1 192.168.7.1,10.9.0.1 255.255.255.0,255.255.0.0 192.168.7.10,10.9.0.10 \
-  192.168.7.11,10.9.0.10 3600 192.168.7.1 office.lan base '' 0
+vek dhcp add lan0 192.168.7.1 192.168.7.11,10.9.0.1 255.255.255.0,255.255.0.0 192.168.7.10,10.9.0.10 \
+  192.168.7.11,10.9.0.11 3600 192.168.7.1 office.lan base '' 0
 say vek dhcp server start
 ip address add 192.168.7.1/24 dev lan0
 say env PATH=/nowhere $(command -v vek) dhcp server start
@@ -191,27 +191,29 @@ servers | wc -l
 say vek dhcp_reserve add lan0 02:00:00:00:00:05 192.168.7.50
 ask 02:00:00:00:00:05 -xhostname:pc
 vek dhcp member_list lan0 | while read -r ip mac lease start rest; do
-  [ "$ip" != 192.168.7.50 ] || echo $mac $lease $(($(date +%s) - start < 60)) $rest
+  [ "$ip" != 192.168.7.50 ] || echo $mac $lease $((($(date +%s) - start) / 60)) $rest
 done
 nsenter -t $client -n dnsmasq --conf-file=/dev/null -kRhz -u root -a 192.168.7.50 --local=/example.net/ \
   --host-record=www.example.net,198.51.100.7,60 --host-record=sub.printer.lan,198.51.100.8 & upstream=$!
-vek dns set 1 0 0 0 0 192.168.7.50 '' 0
+vek dns set 1 0 40 0 0 192.168.7.50 '' 0
 vek dns url add printer.lan 192.168.7.60 0
 vek dns url add router.lan '' 1
 vek dns url add prn.lan printer.lan 0
 for name in printer.lan router.lan prn.lan sub.printer.lan www.example.net; do resolve $name; done
 say vek dns getip www.example.net 3
+say vek dns getip sub.printer.lan
 say vek dns getip nobody.example.net 3
 kill $upstream
 say vek dns getip WWW.example.net
-vek dns list | sed -n 's/  [1-6][0-9]  *[0-9]* / ttl age /p'
+vek dns list | while read -r id type line ttl age name ips; do
+  [ "$ips" = "${ips%,}" ] || echo $((ttl + age)) $name $ips
+done
 vek dns dnsc_clear
 say vek dns getip www.example.net
 
 vek dhcp_not_assign add lan0 192.168.7.10 0
+vek dhcp_not_assign add lan0 10.9.0.10 0
 ask 02:00:00:00:00:06 -r192.168.7.10
-vek dhcp_reserve add lan0 02:00:00:00:00:07 10.9.0.77
-ask 02:00:00:00:00:07
 
 server=$(cat dnsmasq.pid)
 echo $client >dnsmasq.pid
@@ -227,20 +229,21 @@ servers | wc -l
 const char* const kSays = R"(vek: DHCP server: lan0 does not have the address 192.168.7.1
 vek: dnsmasq cannot be run: No such file or directory
 1
-192.168.7.50/24 192.168.7.1 192.168.7.1 office.lan 3600
-02:00:00:00:00:05 3600 1 1 1 pc lan0
+192.168.7.50/24 192.168.7.11 192.168.7.1 office.lan 3600
+02:00:00:00:00:05 3600 0 1 1 pc lan0
 192.168.7.60
 192.168.7.1
 192.168.7.60
 198.51.100.8
 198.51.100.7
 ip_num: 1 198.51.100.7
+ip_num: 1 198.51.100.8
 err:unknown host
 ip_num: 1 198.51.100.7
-    0      0     0 ttl age www.example.net  198.51.100.7,
+40 sub.printer.lan 198.51.100.8,
+60 www.example.net 198.51.100.7,
 err:no answer
-192.168.7.11/24 192.168.7.1 192.168.7.1 office.lan 3600
-10.9.0.77/16 10.9.0.1 192.168.7.1 office.lan 3600
+10.9.0.11/16 10.9.0.1 192.168.7.1 office.lan 3600
 1
 0
 )";
