@@ -13,8 +13,7 @@ class Dhcp : public HostTest {
   // Adds a pool, with other words in the place of some.
   static std::string pool(const std::string& changes = "") {
     std::string words =
-        "dhcp add lan0 10.1.0.1 10.1.0.2 255.255.0.0 10.1.0.10 10.1.0.20 3600 9.9.9.9,1.1.1.1 office.lan "
-        "admin "
+        "dhcp add lan0 10.1.0.1 10.1.0.2 255.255.0.0 10.1.0.10 10.1.0.20 3600 9.9.9.9,1.1.1.1 a.lan admin "
         "0aff 7";
     for (const auto& [from, to] : pairs(changes)) words.replace(words.find(from), from.size(), to);
     return words;
@@ -29,7 +28,7 @@ TEST_F(Dhcp, KeepsPools) {
   const std::string ends = "\n option43: 0AFF\n rcv:0,send:0\n\n";
   const std::string first =
       "dev: lan0 dhcp_type: admin srv_ip: 10.1.0.1\n\n gwaddr: 10.1.0.2,\n snmask: 255.255.0.0,\n"
-      "leasetime: 3600  domain_name: office.lan srv_mac: 00:00:00:00:00:00\n\n dns: 9.9.9.9,1.1.1.1,\n"
+      "leasetime: 3600  domain_name: a.lan srv_mac: 00:00:00:00:00:00\n\n dns: 9.9.9.9,1.1.1.1,\n"
       " ips: 10.1.0.10-10.1.0.20,\n filter: 7," +
       ends;
   refused("no such entry", {"dhcp show lan0", "dhcp del lan0"});
@@ -56,7 +55,7 @@ TEST_F(Dhcp, RefusesWhatCannotBeAPool) {
   const std::string before = vek("dhcp show lan0").out;
   refused("unknown interface",
           {pool("lan0 lan9"), "dhcp del lan9", "dhcp show lan9", "dhcp member_list lan9"});
-  refused("bad name", {pool("lan0 lan#"), pool("office.lan office..lan"), pool("office.lan a,b")});
+  refused("bad name", {pool("lan0 lan#"), pool("a.lan a..lan"), pool("a.lan a,b")});
   refused("bad address", {pool("10.1.0.1 127.0.0.1"), pool("10.1.0.1 10.1.0.0"),
                           pool("10.1.0.1 10.1.255.255"), pool("10.1.0.2 10.1.0.2x"),
                           pool("10.1.0.2 10.1.0.0"), pool("1.1.1.1 9.9.9"), pool("1.1.1.1 224.0.0.1")});
@@ -77,59 +76,58 @@ TEST_F(Dhcp, RefusesWhatCannotBeAPool) {
 }
 
 TEST_F(Dhcp, KeepsReservations) {
-  const std::string header = "ipaddr  mac \n\n";
-  const auto entry = [](int i) {
-    return "10.1.0.5" + std::to_string(i) + "  02:00:00:00:00:0" + std::to_string(i) + "   \n";
+  const auto mac = [](int i) { return "02:00:00:00:00:0" + std::to_string(i); };
+  const auto add = [&](int i, const std::string& ip) { return "dhcp_reserve add lan0 " + mac(i) + " " + ip; };
+  const auto lists = [&](const std::string& dev, std::initializer_list<int> numbers) {
+    std::string all = "num: " + std::to_string(numbers.size()) + "\nipaddr  mac \n\n";
+    for (const int i : numbers) all += "10.1.0.5" + std::to_string(i) + "  " + mac(i) + "   \n";
+    shows("dhcp_reserve show " + dev, all);
   };
-  ok({"dhcp_reserve add lan0 02:00:00:00:00:07 10.9.0.7", "dhcp_reserve del lan0 02:00:00:00:00:07", pool(),
-      "dhcp_not_assign add lan0 10.1.0.60 10.1.0.69", "dhcp_reserve add lan0 02:00:00:00:00:06 10.1.0.56",
-      "dhcp_reserve add lan0 02:00:00:00:00:05 10.1.0.44"});
-  for (int i = 0; i < 2; ++i) ok({"dhcp_reserve add lan0 02:00:00:00:00:05 10.1.0.55"});  // instead of .44
-  ok({"dhcp_reserve add lan1 02:00:00:00:00:05 10.1.0.55"});
+  ok({add(7, "10.9.0.7"), "dhcp_reserve del lan0 " + mac(7), pool(), add(6, "10.1.0.56"), add(5, "10.1.0.44"),
+      "dhcp_not_assign add lan0 10.1.0.60 10.1.0.69", "dhcp_reserve add lan1 02:00:00:00:00:05 10.1.0.55"});
+  for (int i = 0; i < 2; ++i) ok({add(5, "10.1.0.55")});  // instead of 10.1.0.44
   refused("unknown interface", {"dhcp_reserve add lan9 02:00:00:00:00:09 10.1.0.59", "dhcp_reserve show lan9",
                                 "dhcp_reserve del lan9 02:00:00:00:00:05", "dhcp_reserve delall lan9"});
-  refused("in use", {"dhcp_reserve add lan0 02:00:00:00:00:09 10.1.0.55",
-                     "dhcp_reserve add lan0 02:00:00:00:00:09 10.1.0.1",
-                     "dhcp_reserve add lan0 02:00:00:00:00:09 10.1.0.2"});
-  refused("overlaps another", {"dhcp_reserve add lan0 02:00:00:00:00:09 10.1.0.65"});
-  refused("address outside the network", {"dhcp_reserve add lan0 02:00:00:00:00:09 10.2.0.9"});
-  refused("bad address", {"dhcp_reserve add lan0 02:00:00:00:00:09 10.1.0.0",
-                          "dhcp_reserve add lan1 02:00:00:00:00:09 127.0.0.1"});
+  refused("in use", {add(9, "10.1.0.55"), add(9, "10.1.0.1"), add(9, "10.1.0.2")});
+  refused("overlaps another", {add(9, "10.1.0.65")});
+  refused("address outside the network", {add(9, "10.2.0.9")});
+  refused("bad address", {add(9, "10.1.0.0"), "dhcp_reserve add lan1 02:00:00:00:00:09 127.0.0.1"});
   refused("bad MAC address",
           {"dhcp_reserve add lan0 bogus 10.1.0.59", "dhcp_reserve add lan0 01:00:5e:00:00:01 10.1.0.59"});
-  refused("no such entry", {"dhcp_reserve del lan0 02:00:00:00:00:09"});
-  shows("dhcp_reserve show lan0", "num: 2\n" + header + entry(5) + entry(6));
-  ok({"dhcp_reserve del lan0 02:00:00:00:00:05"});
-  shows("dhcp_reserve show lan0", "num: 1\n" + header + entry(6));
+  refused("no such entry", {"dhcp_reserve del lan0 " + mac(9)});
+  lists("lan0", {5, 6});
+  ok({"dhcp_reserve del lan0 " + mac(5)});
+  lists("lan0", {6});
   ok({"dhcp_reserve delall lan0"});
-  shows("dhcp_reserve show lan0", "num: 0\n" + header);
-  shows("dhcp_reserve show lan1", "num: 1\n" + header + entry(5));
+  lists("lan0", {});
+  lists("lan1", {5});
   insert(1, 1023, "dhcp_reservation SELECT 'lan1', i, x'0200000001' || i");
-  refused("table full", {"dhcp_reserve add lan0 02:00:00:00:00:05 10.1.0.55"});
+  refused("table full", {add(5, "10.1.0.55")});
 }
 
 TEST_F(Dhcp, KeepsAddressesThatAreNotAssigned) {
-  const std::string entries =
-      "ipaddr \n  1: 10.1.0.5\n  2: 10.1.0.64/255.255.255.240\n  3: 10.1.0.90-10.1.0.99\n";
-  ok({"dhcp_reserve add lan0 02:00:00:00:00:05 10.1.0.80", "dhcp_not_assign add lan0 10.1.0.90 10.1.0.99",
-      "dhcp_not_assign add lan0 10.1.0.5 0", "dhcp_not_assign add lan1 10.1.0.80 0"});
-  for (int i = 0; i < 2; ++i) ok({"dhcp_not_assign add lan0 10.1.0.64 255.255.255.240"});
-  refused("overlaps another",
-          {"dhcp_not_assign add lan0 10.1.0.80 0", "dhcp_not_assign add lan0 10.1.0.71 10.1.0.80",
-           "dhcp_not_assign add lan0 10.1.0.83 255.255.255.252"});
-  refused("range ends before it starts", {"dhcp_not_assign add lan0 10.1.0.9 10.1.0.8"});
+  const auto lists = [](const std::string& dev, const std::string& entries) {
+    shows("dhcp_not_assign show " + dev,
+          "num: " + std::to_string(std::ranges::count(entries, '\n')) + "\nipaddr \n" + entries);
+  };
+  const auto add = [](const std::string& words) { return "dhcp_not_assign add lan0 10.1.0." + words; };
+  ok({"dhcp_reserve add lan0 02:00:00:00:00:05 10.1.0.80", add("90 10.1.0.99"), add("5 0"),
+      "dhcp_not_assign add lan1 10.1.0.80 0"});
+  for (int i = 0; i < 2; ++i) ok({add("64 255.255.255.240")});
+  refused("overlaps another", {add("80 0"), add("71 10.1.0.80"), add("83 255.255.255.252")});
+  refused("range ends before it starts", {add("9 10.1.0.8")});
   refused("bad address", {"dhcp_not_assign add lan0 224.0.0.1 0"});
   refused("no such entry", {"dhcp_not_assign del lan0 10.1.0.64 0", "dhcp_not_assign del lan1 10.1.0.5 0"});
   refused("unknown interface", {"dhcp_not_assign add lan9 10.1.0.5 0", "dhcp_not_assign del lan9 10.1.0.5 0",
                                 "dhcp_not_assign show lan9", "dhcp_not_assign delall lan9"});
-  shows("dhcp_not_assign show lan0", "num: 3\n" + entries);
+  lists("lan0", "  1: 10.1.0.5\n  2: 10.1.0.64/255.255.255.240\n  3: 10.1.0.90-10.1.0.99\n");
   ok({"dhcp_not_assign del lan0 10.1.0.90 10.1.0.99", "dhcp_not_assign del lan0 10.1.0.64 255.255.255.240"});
-  shows("dhcp_not_assign show lan0", "num: 1\nipaddr \n  1: 10.1.0.5\n");
+  lists("lan0", "  1: 10.1.0.5\n");
   ok({"dhcp_not_assign delall lan0"});
-  shows("dhcp_not_assign show lan0", "num: 0\nipaddr \n");
-  shows("dhcp_not_assign show lan1", "num: 1\nipaddr \n  1: 10.1.0.80\n");
+  lists("lan0", "");
+  lists("lan1", "  1: 10.1.0.80\n");
   insert(1, 255, "dhcp_exclusion SELECT 'lan1', i, 0");
-  refused("table full", {"dhcp_not_assign add lan0 10.1.0.5 0"});
+  refused("table full", {add("5 0")});
 }
 
 TEST_F(Dhcp, KeepsSwitchesAndStartsNothingInVain) {
@@ -193,8 +191,8 @@ ask 02:00:00:00:00:05 -xhostname:pc
 vek dhcp member_list lan0 | while read -r ip mac lease start rest; do
   [ "$ip" != 192.168.7.50 ] || echo $mac $lease $((($(date +%s) - start) / 60)) $rest
 done
-nsenter -t $client -n dnsmasq --conf-file=/dev/null -kRhz -u root -a 192.168.7.50 --local=/example.net/ \
-  --host-record=www.example.net,198.51.100.7,60 --host-record=sub.printer.lan,198.51.100.8 & upstream=$!
+in_client dnsmasq --conf-file=/dev/null -Rhz -u root -x $PWD/up -a 192.168.7.50 --local=/example.net/ \
+  --host-record=www.example.net,198.51.100.7,60 --host-record=sub.printer.lan,198.51.100.8
 vek dns set 1 0 40 0 0 192.168.7.50 '' 0
 vek dns url add printer.lan 192.168.7.60 0
 vek dns url add router.lan '' 1
@@ -203,7 +201,7 @@ for name in printer.lan router.lan prn.lan sub.printer.lan www.example.net; do r
 say vek dns getip www.example.net 3
 say vek dns getip sub.printer.lan
 say vek dns getip nobody.example.net 3
-kill $upstream
+kill -9 $(cat up)
 say vek dns getip WWW.example.net
 vek dns list | while read -r id type line ttl age name ips; do
   [ "$ips" = "${ips%,}" ] || echo $((ttl + age)) $name $ips

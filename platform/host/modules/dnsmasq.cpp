@@ -128,7 +128,9 @@ void write_reservations(Store& store, std::ostream& out, const DhcpSettings<Host
   }
 }
 
-// A fixed answer is all that there is to say of its name, and says nothing of the names below it.
+// A fixed answer is all that there is to say of its name, and says nothing of the names below it. Another name
+// is answered with its address where that is a fixed answer, too, or has just been asked for; else dnsmasq says
+// the name alone, and who asks has to ask on.
 void write_fixed_answers(Store& store, std::ostream& out) {
   std::string own_ips;
   Statement pool = store.query("SELECT DISTINCT srv_ip FROM dhcp_pool");
