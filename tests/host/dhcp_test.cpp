@@ -51,7 +51,7 @@ TEST_F(Dhcp, KeepsPools) {
 }
 
 TEST_F(Dhcp, RefusesWhatCannotBeAPool) {
-  ok({pool(), kOtherPool, "dhcp_reserve add lan0 02:00:00:00:00:05 10.1.0.50"});
+  ok({pool(), kOtherPool, "dhcp_reserve add lan0 02:00:00:00:00:05 10.1.0.63"});
   const std::string before = vek("dhcp show lan0").out;
   refused("unknown interface",
           {pool("lan0 lan9"), "dhcp del lan9", "dhcp show lan9", "dhcp member_list lan9"});
@@ -71,7 +71,8 @@ TEST_F(Dhcp, RefusesWhatCannotBeAPool) {
       "10.1.0.2 10.1.0.2,10.1.9.2 10.1.0.20 10.1.0.20,10.1.9.30 255.255.0.0 255.255.0.0,255.255.";
   refused("overlaps another", {pool("lan0 lan1"), pool(two + "0.0 10.1.0.10 10.1.0.10,10.1.0.20"),
                                pool(two + "255.0 10.1.0.10 10.1.0.10,10.1.9.10")});
-  refused("in use", {pool("10.1.0.1 10.1.0.50"), pool("10.1.0.2 10.1.0.50")});
+  refused("in use",
+          {pool("10.1.0.1 10.1.0.63"), pool("10.1.0.2 10.1.0.63"), pool("255.255.0.0 255.255.255.192")});
   shows("dhcp show lan0", before);
 }
 
@@ -183,6 +184,7 @@ vek dhcp add lan0 192.168.7.1 192.168.7.11,10.9.0.1 255.255.255.0,255.255.0.0 19
 say vek dhcp server start
 ip address add 192.168.7.1/24 dev lan0
 say env PATH=/nowhere $(command -v vek) dhcp server start
+ls | grep -c dnsmasq || :
 say vek dhcp server start; say vek dhcp server start
 servers | wc -l
 
@@ -226,6 +228,7 @@ servers | wc -l
 // What it says but for "ok" and empty lines.
 const char* const kSays = R"(vek: DHCP server: lan0 does not have the address 192.168.7.1
 vek: dnsmasq cannot be run: No such file or directory
+0
 1
 192.168.7.50/24 192.168.7.11 192.168.7.1 office.lan 3600
 02:00:00:00:00:05 3600 0 1 1 pc lan0

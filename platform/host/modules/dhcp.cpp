@@ -105,10 +105,10 @@ void check_other_interfaces(Store& store, const Settings& settings) {
   }
 }
 
-// The router's own addresses are nobody's.
-void check_own_addresses(Store& store, const Settings& settings, HostIp4 own) {
+// The router's own addresses are nobody's, nor are those that no host may have.
+void check_not_reserved(Store& store, const Settings& settings, HostIp4 ip) {
   refuse_unless(
-      store.number("SELECT count(*) FROM dhcp_reservation WHERE dev = ? AND ip = ?", settings.dev, own) == 0,
+      store.number("SELECT count(*) FROM dhcp_reservation WHERE dev = ? AND ip = ?", settings.dev, ip) == 0,
       kInUse);
 }
 
@@ -117,12 +117,15 @@ void check_settings(Store& store, const Settings& settings) {
   refuse_unless(is_plain_name(text(settings.dev)), kBadName);
   const HostIp4 srv_ip{ntohl(settings.srv_ip.value)};
   refuse_unless(is_host_ip(settings.srv_ip), kBadAddress);
-  check_own_addresses(store, settings, srv_ip);
+  check_not_reserved(store, settings, srv_ip);
   int count = 0;
   each_pool(settings, [&](int pool) {
     ++count;
     check_pool(settings, pool);
-    check_own_addresses(store, settings, settings.gwaddr[pool]);
+    const V4Range network = network_of(settings, pool);
+    for (const HostIp4 ip : {settings.gwaddr[pool], network.first, network.last}) {
+      check_not_reserved(store, settings, ip);
+    }
     for (int other = 0; other < pool; ++other) {
       if (settings.start_addr[other].value != 0) check_pair(settings, pool, other);
     }

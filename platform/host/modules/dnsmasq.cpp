@@ -128,9 +128,9 @@ void write_reservations(Store& store, std::ostream& out, const DhcpSettings<Host
   }
 }
 
-// A fixed answer is all that there is to say of its name, and says nothing of the names below it. Another name
-// is answered with its address where that is a fixed answer, too, or has just been asked for; else dnsmasq says
-// the name alone, and who asks has to ask on.
+// A fixed answer is all that there is to say of its name, and says nothing of the names below it. Another
+// name is answered with its address where that is a fixed answer, too, or has just been asked for; else
+// dnsmasq says the name alone, and who asks has to ask on.
 void write_fixed_answers(Store& store, std::ostream& out) {
   std::string own_ips;
   Statement pool = store.query("SELECT DISTINCT srv_ip FROM dhcp_pool");
@@ -210,7 +210,7 @@ void keep_for_owner(const std::string& path) {
   std::filesystem::permissions(path, perms::owner_read | perms::owner_write);
 }
 
-// The file is whole and good, or as it was.
+// The file is whole and good, or as it was. What dnsmasq does not take stays beside it for a look.
 void write_settings(const Store& store, const std::string& text) {
   const std::string path = settings_file(store);
   const std::string new_path = path + ".new";
@@ -218,10 +218,16 @@ void write_settings(const Store& store, const std::string& text) {
   file << text << std::flush;
   if (!file) fail(new_path + " cannot be written");
   keep_for_owner(new_path);
-  if (run_program({"dnsmasq", "--test", "--conf-file=" + new_path}, kSilenced) != 0) {
-    fail("dnsmasq does not take " + new_path);
+  try {
+    if (run_program({"dnsmasq", "--test", "--conf-file=" + new_path}, kSilenced) == 0) {
+      std::filesystem::rename(new_path, path);
+      return;
+    }
+  } catch (...) {
+    unlink(new_path.c_str());
+    throw;
   }
-  if (rename(new_path.c_str(), path.c_str()) != 0) fail(path + " cannot be written");
+  fail("dnsmasq does not take " + new_path);
 }
 
 // ---- The process ----
@@ -240,9 +246,9 @@ std::optional<Process> running(const Store& store) {
 // It is in the background, and serves, when the program that was run ends well.
 void launch(const Store& store) {
   const std::string leases = leases_file(store);
-  const int status = run_program({"dnsmasq", "--conf-file=" + settings_file(store), pid_word(store),
-                                  "--dhcp-leasefile=" + leases},
-                                 kOurs);
+  const int status = run_program(
+      {"dnsmasq", "--conf-file=" + settings_file(store), pid_word(store), "--dhcp-leasefile=" + leases},
+      kOurs);
   if (status != 0) fail("dnsmasq has ended with status " + std::to_string(status));
   keep_for_owner(leases);
   if (!running(store)) fail("dnsmasq has not stayed");
