@@ -29,9 +29,6 @@ constexpr uint8_t kLeaseReserved = 1;  // type; 0: from a pool
 
 using Settings = DhcpSettings<HostIp4>;
 
-bool contains(const V4Range& range, HostIp4 ip) {
-  return range.first.value <= ip.value && ip.value <= range.last.value;
-}
 bool overlap(const V4Range& one, const V4Range& other) {
   return contains(one, other.first) || contains(other, one.first);
 }
@@ -65,13 +62,22 @@ void each_pool(const Settings& settings, Visit visit) {
 
 void check_pool(const Settings& settings, int pool) {
   const uint32_t mask = settings.snmask[pool].value;
-  refuse_unless(is_mask(mask) && (~mask >> kMinHostBits) != 0, kBadMask);
+  refuse_unless(mask != 0 && is_mask(mask) && (~mask >> kMinHostBits) != 0, kBadMask);
   refuse_unless(is_host_ip(Ip4{htonl(settings.gwaddr[pool].value)}), kBadAddress);
   const V4Range range = {settings.start_addr[pool], settings.end_addr[pool]};
   refuse_unless(range.first.value <= range.last.value, kBadRange);
   const V4Range hosts = hosts_of(network_of(settings, pool));
   refuse_unless(contains(hosts, range.first) && contains(hosts, range.last), kOutsideNetwork);
   refuse_unless(contains(hosts, settings.gwaddr[pool]), kBadAddress);
+}
+
+// In a network of one of the pools, whose first and last address no host has.
+void check_host_of(const Settings& settings, HostIp4 ip) {
+  refuse_unless(has_network_for(settings, ip), kOutsideNetwork);
+  each_pool(settings, [&](int pool) {
+    const V4Range network = network_of(settings, pool);
+    refuse_unless(ip != network.first && ip != network.last, kBadAddress);
+  });
 }
 
 // Two pools of an interface may share a network, but nothing less.
@@ -99,10 +105,10 @@ void check_other_interfaces(Store& store, const Settings& settings) {
   }
 }
 
-// The router's own addresses are nobody's.
-void check_own_addresses(Store& store, const Settings& settings, HostIp4 own) {
+// The router's own addresses are nobody's, nor are those that no host may have.
+void check_not_reserved(Store& store, const Settings& settings, HostIp4 ip) {
   refuse_unless(
-      store.number("SELECT count(*) FROM dhcp_reservation WHERE dev = ? AND ip = ?", settings.dev, own) == 0,
+      store.number("SELECT count(*) FROM dhcp_reservation WHERE dev = ? AND ip = ?", settings.dev, ip) == 0,
       kInUse);
 }
 
@@ -111,18 +117,22 @@ void check_settings(Store& store, const Settings& settings) {
   refuse_unless(is_plain_name(text(settings.dev)), kBadName);
   const HostIp4 srv_ip{ntohl(settings.srv_ip.value)};
   refuse_unless(is_host_ip(settings.srv_ip), kBadAddress);
-  check_own_addresses(store, settings, srv_ip);
+  check_not_reserved(store, settings, srv_ip);
   int count = 0;
   each_pool(settings, [&](int pool) {
     ++count;
     check_pool(settings, pool);
-    check_own_addresses(store, settings, settings.gwaddr[pool]);
+    const V4Range network = network_of(settings, pool);
+    for (const HostIp4 ip : {settings.gwaddr[pool], network.first, network.last}) {
+      check_not_reserved(store, settings, ip);
+    }
     for (int other = 0; other < pool; ++other) {
       if (settings.start_addr[other].value != 0) check_pair(settings, pool, other);
     }
   });
   refuse_unless(count != 0, kEmptyList);
-  refuse_unless(has_network_for(settings, srv_ip), kOutsideNetwork);
+  check_host_of(settings, srv_ip);
+  for (const uint32_t filter : settings.filter) check_number(filter);
   check_other_interfaces(store, settings);
   for (const HostIp4 server : settings.dnss) {
     refuse_unless(server.value == 0 || is_host_ip(Ip4{htonl(server.value)}), kBadAddress);
@@ -174,13 +184,9 @@ void reserve(Store& store, const DhcpReservation& reservation) {
   refuse_unless(is_host_ip(reservation.ip), kBadAddress);
   refuse_unless(is_host_mac(reservation.mac), kBadMac);
   if (const std::optional<Settings> settings = pool_of(store, text(reservation.dev))) {
-    refuse_unless(has_network_for(*settings, ip), kOutsideNetwork);
+    check_host_of(*settings, ip);
     refuse_unless(reservation.ip != settings->srv_ip && std::ranges::count(settings->gwaddr, ip) == 0,
                   kInUse);
-    each_pool(*settings, [&](int pool) {
-      const V4Range network = network_of(*settings, pool);
-      refuse_unless(!contains(network, ip) || contains(hosts_of(network), ip), kBadAddress);
-    });
   }
   Statement row = store.query("SELECT * FROM dhcp_exclusion WHERE dev = ?", reservation.dev);
   while (row.next()) {
@@ -373,7 +379,6 @@ CREATE TABLE dhcp_exclusion (
   PRIMARY KEY (dev, ip, netmask)
 ) WITHOUT ROWID;
 CREATE TABLE dhcp_trusted (id INTEGER PRIMARY KEY, mac BLOB NOT NULL UNIQUE);
-CREATE TABLE dhcp_server (pid INTEGER NOT NULL, start INTEGER NOT NULL, boot TEXT NOT NULL);
 CREATE TABLE dhcp_counter (               -- these are a lab's word
   dev TEXT PRIMARY KEY,
   rcv INTEGER NOT NULL,

@@ -4,6 +4,10 @@
 #include "records/dhcp.h"
 #include "records/list.h"
 
+inline bool contains(const V4Range& range, HostIp4 ip) {
+  return range.first.value <= ip.value && ip.value <= range.last.value;
+}
+
 // The network that one of the pools stands in.
 V4Range network_of(const DhcpSettings<HostIp4>& settings, int pool);
 

@@ -20,20 +20,31 @@ constexpr int kMaxUrls = 1024;
 constexpr int kMaxTebie = 256;
 constexpr int kMaxCached = 1024;
 constexpr uint32_t kMaxCacheTime = 7 * 24 * 60 * 60;
+constexpr uint32_t kMaxMinTime = 60 * 60;  // dnsmasq's
 constexpr uint32_t kMaxTries = 10;
 constexpr const char* kSpecialDebug = "special_debug";
 
 // ---- Settings ----
 
 bool is_server(Ip4 ip) { return is_host_ip(ip) || (ntohl(ip.value) >> 24) == 127; }
-bool is_server(const Ip6& ip) { return ip.bytes[0] != 0xff; }
+// Neither a group of hosts nor one that only a link has, of which nothing says which one.
+bool is_server(const Ip6& ip) {
+  return ip.bytes[0] != 0xff && (ip.bytes[0] != 0xfe || (ip.bytes[1] & 0xc0) != 0x80);
+}
+
+// An address that was mistyped is no name: none ends in a number (RFC 3696, section 2).
+void check_dns_name(std::string_view name) {
+  check_domain(name);
+  const std::string_view last_label = name.substr(name.find_last_of('.') + 1);
+  refuse_unless(last_label.find_first_not_of("0123456789") != last_label.npos, kBadName);
+}
 
 // No max_tm means no bound.
 void set(Store& store, const DnsSettings& settings) {
   for (const uint32_t value : {settings.en, settings.acc_act, settings.ct_show_name, settings.log}) {
     check_switch(value);
   }
-  refuse_unless(settings.min_tm <= kMaxCacheTime && settings.max_tm <= kMaxCacheTime, kBadTime);
+  refuse_unless(settings.min_tm <= kMaxMinTime && settings.max_tm <= kMaxCacheTime, kBadTime);
   refuse_unless(settings.max_tm == 0 || settings.min_tm <= settings.max_tm, kBadRange);
   for (const Ip4& server : settings.dns4) refuse_unless(server == Ip4{} || is_server(server), kBadAddress);
   for (const Ip6& server : settings.dns6) refuse_unless(is_server(server), kBadAddress);
@@ -147,7 +158,7 @@ void answer_asked(Store& store, const std::string& name, DnsLookup& lookup) {
 
 void get_ip(Store& store, DnsLookup& lookup) {
   std::string name(text(lookup.name));
-  check_domain(name);
+  check_dns_name(name);
   refuse_unless(lookup.trys <= kMaxTries, kBadNumber);
   if (!answer_fixed(store, name, lookup) && !answer_cached(store, name, lookup)) {
     answer_asked(store, name, lookup);
@@ -158,7 +169,7 @@ void get_ip(Store& store, DnsLookup& lookup) {
 
 // A name that stands for another must not stand for itself in the end.
 void check_other_name(Store& store, std::string_view name, std::string_view other_name) {
-  check_domain(other_name);
+  check_dns_name(other_name);
   refuse_unless(store.number("WITH RECURSIVE behind(name) AS ("
                              "  SELECT ?2 UNION SELECT other_name FROM dns_url JOIN behind USING (name)"
                              "  WHERE kind = ?3)"
@@ -169,7 +180,7 @@ void check_other_name(Store& store, std::string_view name, std::string_view othe
 
 void url_add(Store& store, const DnsUrl& url, Order& order) {
   const std::string_view name = text(url.name);
-  check_domain(name);
+  check_dns_name(name);
   refuse_unless(url.kind >= kUrlIp && url.kind <= kUrlGatewayCompared, kBadType);
   refuse_unless(url.kind != kUrlIp || is_host_ip(url.ip), kBadAddress);
   const auto other = order.request<DnsUrlOtherName>();
@@ -211,7 +222,7 @@ void url_list(Store& store, Order& order) {
 // ---- Domains treated apart ----
 
 void tebie_add(Store& store, const DnsTebie& tebie) {
-  check_domain(text(tebie.name));
+  check_dns_name(text(tebie.name));
   refuse_unless(is_host_ip(tebie.ip), kBadAddress);
   store.execute("INSERT OR REPLACE INTO dns_tebie VALUES (:name, :ip)", tebie);
   refuse_if_full(store, "dns_tebie", kMaxTebie);
@@ -228,7 +239,7 @@ void tebie_del(Store& store, const DnsTebie& tebie) {
 
 // Whether a name is such a domain, or in one.
 void tebie_test(Store& store, const DnsTebie& tebie) {
-  check_domain(text(tebie.name));
+  check_dns_name(text(tebie.name));
   refuse_unless(store.number("SELECT count(*) FROM dns_tebie"
                              "  WHERE ?1 = name OR lower(?1) LIKE '%.' || lower(replace(name, '_', '\\_'))"
                              "  ESCAPE '\\'",

@@ -1,5 +1,5 @@
 // The dnsmasq that serves the pools: its settings are made of the tables of the DHCP server and of the DNS
-// proxy, its process is known by the number and the start that the state keeps.
+// proxy. Its process is the one that its file in the state folder names, and that was started with that file.
 #include "modules/dnsmasq.h"
 
 #include <arpa/inet.h>
@@ -8,8 +8,10 @@
 #include <algorithm>
 #include <csignal>
 #include <cstdio>
+#include <filesystem>
 #include <fstream>
 #include <iterator>
+#include <optional>
 #include <sstream>
 #include <stdexcept>
 
@@ -91,6 +93,12 @@ std::string hex_of(const DhcpOption43& option43) {
   return hex.substr(1);
 }
 
+// A network that Linux has no address in: dnsmasq must be told where its hosts are.
+void write_shared_network(std::ostream& out, const DhcpSettings<HostIp4>& settings, int pool) {
+  if (contains(network_of(settings, pool), {ntohl(settings.srv_ip.value)})) return;
+  out << "shared-network=" << text(settings.dev) << "," << text_of(settings.gwaddr[pool]) << "\n";
+}
+
 void write_options(std::ostream& out, const DhcpSettings<HostIp4>& settings, const DhcpOption43& option43,
                    int pool, const std::string& tag) {
   const std::string option = "dhcp-option=tag:" + tag + ",";
@@ -120,7 +128,9 @@ void write_reservations(Store& store, std::ostream& out, const DhcpSettings<Host
   }
 }
 
-// A fixed answer is all that there is to say of its name, and says nothing of the names below it.
+// A fixed answer is all that there is to say of its name, and says nothing of the names below it. Another
+// name is answered with its address where that is a fixed answer, too, or has just been asked for; else
+// dnsmasq says the name alone, and who asks has to ask on.
 void write_fixed_answers(Store& store, std::ostream& out) {
   std::string own_ips;
   Statement pool = store.query("SELECT DISTINCT srv_ip FROM dhcp_pool");
@@ -176,6 +186,7 @@ std::string settings_text(Store& store) {
       if (settings.start_addr[pool].value == 0) continue;
       const std::string tag = "pool" + std::to_string(++number);
       write_ranges(store, out, settings, pool, tag);
+      write_shared_network(out, settings, pool);
       write_options(out, settings, request.pool.option43, pool, tag);
     }
     write_reservations(store, out, settings);
@@ -194,62 +205,68 @@ std::string read_file(const std::string& path) {
   return std::string((std::istreambuf_iterator<char>(file)), {});
 }
 
-// The file is whole and good, or as it was.
+void keep_for_owner(const std::string& path) {
+  using std::filesystem::perms;
+  std::filesystem::permissions(path, perms::owner_read | perms::owner_write);
+}
+
+// The file is whole and good, or as it was. What dnsmasq does not take stays beside it for a look.
 void write_settings(const Store& store, const std::string& text) {
   const std::string path = settings_file(store);
   const std::string new_path = path + ".new";
   std::ofstream file(new_path, std::ios::binary);
   file << text << std::flush;
   if (!file) fail(new_path + " cannot be written");
-  if (run_program({"dnsmasq", "--test", "--conf-file=" + new_path}, kSilenced) != 0) {
-    fail("dnsmasq does not take " + new_path);
+  keep_for_owner(new_path);
+  try {
+    if (run_program({"dnsmasq", "--test", "--conf-file=" + new_path}, kSilenced) == 0) {
+      std::filesystem::rename(new_path, path);
+      return;
+    }
+  } catch (...) {
+    unlink(new_path.c_str());
+    throw;
   }
-  if (rename(new_path.c_str(), path.c_str()) != 0) fail(path + " cannot be written");
+  fail("dnsmasq does not take " + new_path);
 }
 
 // ---- The process ----
 
-std::optional<Process> running(Store& store) {
-  Process process = {};
-  Statement row = store.query("SELECT pid, start FROM dhcp_server WHERE boot = ?", boot_id());
-  if (!row.next()) return {};
-  row.read(process.pid, process.start);
-  return is_alive(process) ? std::optional(process) : std::nullopt;
+std::string pid_word(const Store& store) { return "--pid-file=" + pid_file(store); }
+
+// The number may be another's by now: after a restart of the machine, for one.
+std::optional<Process> running(const Store& store) {
+  const int64_t pid = strtoll(read_file(pid_file(store)).c_str(), nullptr, 10);
+  const std::optional<Process> process = find_process(pid);
+  if (!process) return {};
+  const std::string words = read_file("/proc/" + std::to_string(pid) + "/cmdline");
+  return words.find('\0' + pid_word(store) + '\0') != words.npos ? process : std::nullopt;
 }
 
 // It is in the background, and serves, when the program that was run ends well.
-void launch(Store& store) {
-  const std::string path = pid_file(store);
-  const int status = run_program({"dnsmasq", "--conf-file=" + settings_file(store), "--pid-file=" + path,
-                                  "--dhcp-leasefile=" + leases_file(store)},
-                                 kOurs);
+void launch(const Store& store) {
+  const std::string leases = leases_file(store);
+  const int status = run_program(
+      {"dnsmasq", "--conf-file=" + settings_file(store), pid_word(store), "--dhcp-leasefile=" + leases},
+      kOurs);
   if (status != 0) fail("dnsmasq has ended with status " + std::to_string(status));
-  const std::optional<Process> process = find_process(strtoll(read_file(path).c_str(), nullptr, 10));
-  unlink(path.c_str());
-  if (!process) fail("dnsmasq has not stayed");
-  try {
-    store.execute("DELETE FROM dhcp_server");
-    store.execute("INSERT INTO dhcp_server VALUES (?, ?, ?)", process->pid, process->start, boot_id());
-    store.commit();
-  } catch (...) {
-    end_process(*process);
-    throw;
-  }
+  keep_for_owner(leases);
+  if (!running(store)) fail("dnsmasq has not stayed");
 }
 
-// What would only show when the first client asks in vain.
-void check_interfaces(Store& store) {
+// What would only show when the first client asks in vain. Empty: all is well.
+std::string fault_of_interfaces(Store& store) {
   Statement row = store.query("SELECT dev, srv_ip FROM dhcp_pool ORDER BY dev");
   bool is_any = false;
   while (row.next()) {
     std::string dev;
     Ip4 ip;
     row.read(dev, ip);
-    if (!linux_interface(dev)) fail("Linux has no interface " + dev);
-    if (!linux_has_address(dev, ip)) fail(dev + " does not have the address " + text_of(ip));
+    if (!linux_interface(dev)) return "Linux has no interface " + dev;
+    if (!linux_has_address(dev, ip)) return dev + " does not have the address " + text_of(ip);
     is_any = true;
   }
-  if (!is_any) fail("there is no pool");
+  return is_any ? "" : "there is no pool";
 }
 
 }  // namespace
@@ -257,16 +274,14 @@ void check_interfaces(Store& store) {
 void start_dnsmasq(Store& store) {
   if (running(store)) return;
   if (geteuid() != 0) fail("only root may start it");
-  check_interfaces(store);
+  if (const std::string fault = fault_of_interfaces(store); !fault.empty()) fail(fault);
   write_settings(store, settings_text(store));
   launch(store);
 }
 
 void stop_dnsmasq(Store& store) {
-  const std::optional<Process> process = running(store);
-  if (process) end_process(*process);
-  store.execute("DELETE FROM dhcp_server");
-  store.commit();
+  if (const std::optional<Process> process = running(store)) end_process(*process);
+  unlink(pid_file(store).c_str());
 }
 
 void follow_settings(Store& store) {
@@ -277,9 +292,11 @@ void follow_settings(Store& store) {
     write_settings(store, settings);
     end_process(*process);
     launch(store);
-  } else {
-    store.commit();
+    // The other pools are served.
+    const std::string fault = fault_of_interfaces(store);
+    if (!fault.empty()) fprintf(stderr, "vek: DHCP server: %s\n", fault.c_str());
   }
+  store.commit();
 }
 
 void clear_dnsmasq_cache(Store& store) {

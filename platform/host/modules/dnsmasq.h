@@ -8,8 +8,8 @@
 #include "state/store.h"
 
 // Start it with the present settings, and end it; nothing happens where it runs already, or does not. What
-// goes wrong is thrown as a text for the user, and then nothing has changed. They commit what the store has
-// under way.
+// goes wrong is thrown as a text for the user, and then nothing has changed. Those who write to the store
+// wait meanwhile.
 void start_dnsmasq(Store& store);
 void stop_dnsmasq(Store& store);
 
