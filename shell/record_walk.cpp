@@ -71,7 +71,7 @@ bool RecordWalk::value(std::string_view name, const FieldType& type) {
     return is_whole;
   }
   if (room() < type.size) {
-    at_ = end_;
+    unnamed(room());
     return false;
   }
   part(name, type, at_);
@@ -85,7 +85,7 @@ bool RecordWalk::list(std::string_view name, const FieldType& element, int64_t c
   int64_t left = std::max(claimed, int64_t{0});
   while (left > 0 && room() >= element.size && value({}, element)) --left;
   visitor_.end_list();
-  if (left > 0) at_ = end_;
+  if (left > 0) unnamed(room());
   return left == 0;
 }
 

@@ -20,14 +20,17 @@ class TraceWriter : public RecordVisitor {
   explicit TraceWriter(std::string& out) : out_(out) {}
 
   void begin_record(std::string_view name, uint32_t offset) override {
-    if (depth_++ == 0) return;  // all of the payload
-    begin_line(offset, name.empty() ? next_number() : std::string(name));
-    out_ += '\n';
+    if (depth_ > 0) {  // else it is all of the payload
+      begin_line(offset, name.empty() ? next_number() : std::string(name));
+      out_.resize(out_.find_last_not_of(' ') + 1);
+      out_ += '\n';
+    }
+    ++depth_;
     numbers_.push_back(0);
     claims_.push_back(-1);
   }
   void end_record() override {
-    if (--depth_ == 0) return;
+    --depth_;
     numbers_.pop_back();
     claims_.pop_back();
   }
