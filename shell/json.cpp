@@ -22,13 +22,20 @@ class JsonWriter : public RecordVisitor {
   }
 
  private:
+  // Put together before it is appended: this is done for every field of every entry. Names of fields need no
+  // escapes.
   void put_name(std::string_view name) {
-    if (!is_first_) out_ += ',';
+    char key[64];
+    char* end = key;
+    if (!is_first_) *end++ = ',';
     is_first_ = false;
-    if (name.empty()) return;
-    out_ += '"';
-    out_ += name;  // names of fields need no escapes
-    out_ += "\":";
+    if (!name.empty()) {
+      *end++ = '"';
+      end += name.copy(end, sizeof key - 4);
+      *end++ = '"';
+      *end++ = ':';
+    }
+    out_.append(key, end);
   }
   void open(std::string_view name, char bracket) {
     put_name(name);
