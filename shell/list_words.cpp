@@ -5,6 +5,7 @@
 
 #include <cstdio>
 #include <cstring>
+#include <exception>
 #include <nlohmann/json.hpp>
 #include <string>
 #include <vector>
@@ -87,10 +88,11 @@ void note_order(uint32_t module, uint32_t command, uint32_t size) {
   words.buf_size = static_cast<int32_t>(size);
 }
 
-void take_own(std::initializer_list<const char*> words, const char* usage, int min_words) {
-  if (path.front() != *words.begin()) return;
+void take_own(const char* command, const char* second, const char* third, const char* fourth,
+              const char* usage, int min_words) {
+  if (path.front() != command) return;
   path.clear();
-  for (const char* word : words) {
+  for (const char* word : {command, second, third, fourth}) {
     if (word != nullptr) path.emplace_back(word);
   }
   all.push_back({joined(), usage == nullptr ? "" : usage, Kind::kOwnWay});
@@ -183,7 +185,7 @@ int tesvel_order_opt_fun(void* record, uint32_t length) {
 void log_call(std::initializer_list<LoggedWord>) {}
 long next_answer(const char*, void*, size_t) { return -1; }
 
-int main(int argc, char** argv) {
+int main(int argc, char** argv) try {
   // What the commands say of missing words is of no interest here.
   FILE* const out = fdopen(dup(STDOUT_FILENO), "w");
   if (out == nullptr || freopen("/dev/null", "w", stdout) == nullptr ||
@@ -199,4 +201,6 @@ int main(int argc, char** argv) {
     print_json();
   }
   return fflush(stdout) == 0 ? 0 : 1;
+} catch (const std::exception&) {
+  return 1;
 }

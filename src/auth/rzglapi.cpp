@@ -330,26 +330,27 @@ Outcome run_action(const Args& args, const CommandEntry* entry) {
 void each_rzglapi_words(TakeWords take) {
   constexpr const char* kCommand = "rzglapi";
   const auto take_hosts = [&](const char* action, std::span<const HostAction> rows) {
-    for (const HostAction& row : rows) take({kCommand, action, row.key.data()}, row.usage, row.words);
+    for (const HostAction& row : rows) take(kCommand, action, row.key.data(), nullptr, row.usage, row.words);
   };
   const auto take_lists = [&](const char* action, std::span<const PortalList> lists) {
     for (const PortalList& list : lists) {
-      for (const char* change : {"add", "del"}) {
-        take({kCommand, action, list.word, change}, list.missing_value_usage, 6);
-      }
-      for (const char* other : {"get", "delall"}) take({kCommand, action, list.word, other}, nullptr, 0);
+      take(kCommand, action, list.word, "add", list.missing_value_usage, 6);
+      take(kCommand, action, list.word, "del", list.missing_value_usage, 6);
+      take(kCommand, action, list.word, "get", nullptr, 0);
+      take(kCommand, action, list.word, "delall", nullptr, 0);
     }
   };
   take_hosts("login", kLogin);
   take_hosts("logout", kLogout);
   take_hosts("checkonline", kCheckOnline);
   take_hosts("getonline", kGetOnline);
-  take({kCommand, "getonline", "all"}, nullptr, 0);
+  take(kCommand, "getonline", "all", nullptr, nullptr, 0);
   take_lists("white", kWhiteLists);
   take_lists("black", kBlackLists);
-  for (const char* action : {"auth", "portal"}) take({kCommand, action, "get"}, nullptr, 0);
-  take({kCommand, "auth", "set"}, "set state savemac time loginmax", 7);
-  take({kCommand, "portal", "set"}, "portal url", 5);
+  take(kCommand, "auth", "get", nullptr, nullptr, 0);
+  take(kCommand, "auth", "set", nullptr, "set state savemac time loginmax", 7);
+  take(kCommand, "portal", "get", nullptr, nullptr, 0);
+  take(kCommand, "portal", "set", nullptr, "portal url", 5);
 }
 
 // Callers judge by the JSON: the exit status is the same whatever has happened.

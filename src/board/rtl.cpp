@@ -408,7 +408,7 @@ constexpr SubCommand kOthers[] = {
 void each_rtl_words(TakeWords take) {
   for (const Group& group : kGroups) {
     for (const Operation& row : std::span(group.first, group.count)) {
-      take({"rtl", group.word, row.action}, group.usage, row.min_words);
+      take("rtl", group.word, row.action, nullptr, group.usage, row.min_words);
     }
   }
 }

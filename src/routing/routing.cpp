@@ -230,10 +230,10 @@ constexpr SubCommand kOspfOrders[] = {group("router_id", kRouterId, "vek ospf ro
 }  // namespace
 
 void each_routing_words(TakeWords take) {
-  constexpr const char* kCommands[] = {nullptr, "ipv6", "ospf", "rip", "ospfv3", "ripng"};
+  static constexpr const char* kCommands[] = {nullptr, "ipv6", "ospf", "rip", "ospfv3", "ripng"};
   for (const Row& row : kRows) {
     if ((row.kind & kUsage) == kUsage) continue;
-    take({kCommands[row.protocol], kWords[row.section], kWords[row.action]}, row.usage, row.min_words);
+    take(kCommands[row.protocol], kWords[row.section], kWords[row.action], nullptr, row.usage, row.min_words);
   }
 }
 

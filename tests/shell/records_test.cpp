@@ -37,7 +37,38 @@ void expect_within(const json& wanted, const json& found, const std::string& whe
   }
 }
 
+// What is shown of a payload: each byte once, in its order. Only where a list's count stands somewhere within
+// the payload may what is in front of it be left out.
+struct Coverage : RecordVisitor {
+  void begin_record(std::string_view, uint32_t) override {}
+  void end_record() override {}
+  void begin_list(std::string_view, uint32_t, int64_t) override {}
+  void end_list() override {}
+  void field(const Field& field) override {
+    constexpr uint32_t kLastListStart = 44;
+    if (field.offset != next && (field.offset < next || field.offset > kLastListStart)) faults += 1;
+    next = field.offset + static_cast<uint32_t>(field.bytes.size());
+  }
+  void rest(uint32_t offset, std::span<const uint8_t> bytes) override { field({{}, nullptr, offset, bytes}); }
+
+  uint32_t next = 0;
+  int faults = 0;
+};
+
 }  // namespace
+
+TEST(Records, EveryByteIsShownOnce) {
+  const std::vector<uint8_t> payload(20000, 1);  // every count is more than there is
+  for (const CommandWords& row : kCommandWords) {
+    for (const bool is_answer : {false, true}) {
+      const bool is_scattered = std::string_view(row.words) == "bbsfilter list";
+      Coverage coverage;
+      if (is_scattered || !decode({row.module, row.command, is_answer, 1, payload}, coverage)) continue;
+      EXPECT_EQ(0, coverage.faults) << row.words;
+      EXPECT_EQ(payload.size(), coverage.next) << row.words;
+    }
+  }
+}
 
 TEST(Records, EverySubCommandThatSendsAnOrderHasARow) {
   const std::vector<uint8_t> room(8192);
