@@ -482,6 +482,11 @@ bool decode(const Message& message, RecordVisitor& visitor) {
 
 bool is_known_command(uint32_t module, uint32_t command) { return find_row(module, command) != nullptr; }
 
+bool is_result_a_count(uint32_t module, uint32_t command) {
+  const Row* const row = find_row(module, command);
+  return row != nullptr && row->answer == dns_urls;
+}
+
 std::string_view words_of(uint32_t module, uint32_t command) {
   const auto row = std::ranges::find_if(kCommandWords, [&](const CommandWords& each) {
     return each.module == module && each.command == command && each.module != 0;

@@ -81,6 +81,9 @@ bool decode(const Message& message, RecordVisitor& visitor);
 // Whether the table has the command.
 bool is_known_command(uint32_t module, uint32_t command);
 
+// Whether the result of its answers is a number of entries, and not the code of a refusal.
+bool is_result_a_count(uint32_t module, uint32_t command);
+
 // The words of the first sub-command that sends it, "rule acc add"; empty where none is known.
 std::string_view words_of(uint32_t module, uint32_t command);
 

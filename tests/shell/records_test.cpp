@@ -83,6 +83,7 @@ TEST(Records, EverySubCommandThatSendsAnOrderHasARow) {
   }
   EXPECT_GT(orders, 250U);
   EXPECT_EQ("rule acc add", words_of(11, 9));
+  EXPECT_TRUE(is_result_a_count(4, 20));
 }
 
 struct Case {
