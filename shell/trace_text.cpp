@@ -20,38 +20,41 @@ class TraceWriter : public RecordVisitor {
   explicit TraceWriter(std::string& out) : out_(out) {}
 
   void begin_record(std::string_view name, uint32_t offset) override {
-    if (depth_ > 0) {  // else it is all of the payload
+    const size_t start = out_.size();
+    if (!levels_.empty()) {  // else it is all of the payload
       begin_line(offset, name.empty() ? next_number() : std::string(name));
       out_.resize(out_.find_last_not_of(' ') + 1);
       out_ += '\n';
     }
-    ++depth_;
-    numbers_.push_back(0);
-    claims_.push_back(-1);
+    levels_.push_back({.start = start});
   }
   void end_record() override {
-    --depth_;
-    numbers_.pop_back();
-    claims_.pop_back();
+    const Level record = levels_.back();
+    levels_.pop_back();
+    if (levels_.empty()) return;
+    Level& around = levels_.back();
+    if (around.is_list && record.is_zero && around.zeros++ > 0) {
+      out_.resize(record.start);  // as the one before
+    } else if (!record.is_zero) {
+      end_zeros(record.start);
+      around.is_zero = false;
+    }
   }
 
   void begin_list(std::string_view name, uint32_t offset, int64_t claimed) override {
     begin_line(offset, name);
     if (claimed >= 0) out_ += std::to_string(claimed);
     out_ += claimed == 1 ? " entry\n" : claimed >= 0 ? " entries\n" : "entries\n";
-    ++depth_;
-    numbers_.push_back(0);
-    claims_.push_back(claimed);
+    if (claimed != 0) levels_.back().is_zero = false;
+    levels_.push_back({.is_list = true, .claimed = claimed});
   }
   void end_list() override {
-    const int64_t found = numbers_.back();
-    if (claims_.back() > found) {
-      out_.append(kOffsetWidth + 2 * depth_, ' ');
-      out_ += "cut: there are " + std::to_string(found) + '\n';
+    end_zeros(out_.size());
+    const Level list = levels_.back();
+    if (list.claimed > list.found) {
+      append_note(out_.size(), "cut: there are " + std::to_string(list.found));
     }
-    --depth_;
-    numbers_.pop_back();
-    claims_.pop_back();
+    levels_.pop_back();
   }
 
   void field(const Field& field) override {
@@ -62,6 +65,8 @@ class TraceWriter : public RecordVisitor {
     begin_line(field.offset, field.name.empty() ? next_number() : std::string(field.name));
     append(field);
     out_ += '\n';
+    if (std::ranges::any_of(field.bytes, [](uint8_t byte) { return byte != 0; }))
+      levels_.back().is_zero = false;
   }
 
   void rest(uint32_t offset, std::span<const uint8_t> bytes) override { append_bytes(offset, bytes); }
@@ -74,6 +79,7 @@ class TraceWriter : public RecordVisitor {
     for (size_t at = 0; at < bytes.size(); at += kLine) {
       const auto line = bytes.subspan(at, std::min(kLine, bytes.size() - at));
       if (std::ranges::all_of(line, [](uint8_t byte) { return byte == 0; })) continue;
+      if (!levels_.empty()) levels_.back().is_zero = false;
       begin_line(offset + static_cast<uint32_t>(at), "?");
       if (lines++ == kMostLines) {
         out_ += "and more\n";
@@ -85,19 +91,35 @@ class TraceWriter : public RecordVisitor {
   }
 
  private:
+  // A record or a list that has begun.
+  struct Level {
+    bool is_list = false;
+    bool is_zero = true;  // nothing in it is anything else
+    int64_t claimed = -1;
+    int64_t found = 0;  // elements
+    int64_t zeros = 0;  // of these, the last ones that are zero; only the first of them is shown
+    size_t start = 0;   // in what is written
+  };
+
+  void append_note(size_t place, const std::string& note) {
+    out_.insert(place, std::string(kOffsetWidth + 2 * (levels_.size() - 1), ' ') + note + '\n');
+  }
+  void end_zeros(size_t place) {
+    Level& list = levels_.back();
+    if (list.zeros > 1) append_note(place, "and " + std::to_string(list.zeros - 1) + " more of zeros");
+    list.zeros = 0;
+  }
+
   void begin_line(uint32_t offset, std::string_view name) {
     const std::string number = std::to_string(offset);
     if (number.size() < kOffsetWidth - 1) out_.append(kOffsetWidth - 1 - number.size(), ' ');
     out_ += number;
-    out_.append(1 + 2 * std::max(depth_, size_t{1}) - 2, ' ');
+    out_.append(1 + 2 * (std::max(levels_.size(), size_t{1}) - 1), ' ');
     append_padded(out_, name, kNameWidth);
     out_ += ' ';
   }
   // Elements of lists are named by their number.
-  std::string next_number() {
-    if (numbers_.empty()) return {};
-    return "[" + std::to_string(numbers_.back()++) + "]";
-  }
+  std::string next_number() { return "[" + std::to_string(levels_.back().found++) + "]"; }
 
   void append(const Field& field) {
     const FieldType& type = *field.type;
@@ -151,9 +173,7 @@ class TraceWriter : public RecordVisitor {
   }
 
   std::string& out_;
-  size_t depth_ = 0;
-  std::vector<int64_t> numbers_;  // of the next element, by depth
-  std::vector<int64_t> claims_;
+  std::vector<Level> levels_;
 };
 
 }  // namespace

@@ -157,10 +157,10 @@ TEST(Records, AsJson) {
 
 TEST(Records, AsTrace) {
   const std::string payload = bytes_of(
-      "0:text web 96:u16 5 99:u8 1 105:u8 7 104:u8 1 120:u16 0 4 132:hex 0100a8c0ff00a8c0 150:u8 255");
+      "0:text web 96:u16 5 99:u8 1 105:u8 7 104:u8 1 120:u16 0 4 132:hex 0100a8c0ff00a8c0 158:u8 255");
   std::string trace;
   append_trace(trace, {11, 9, false, 0, bytes_in(payload)});
-  EXPECT_EQ(R"(order rule acc add, module 11 command 9, 151 bytes
+  EXPECT_EQ(R"(order rule acc add, module 11 command 9, 159 bytes
      0 name             "web"
     96 prio             5
     99 act              1
@@ -182,10 +182,11 @@ TEST(Records, AsTrace) {
    140   [1]
    140     first            0.0.0.0
    144     last             0.0.0.0
-           cut: there are 2
-   148 ?                0000ff
-   151 v6               0 entries
-   151 destination      0 entries
+         and 1 more of zeros
+         cut: there are 3
+   156 ?                0000ff
+   159 v6               0 entries
+   159 destination      0 entries
 )",
             trace);
 }
