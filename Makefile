@@ -38,8 +38,9 @@ bench: all musl
 
 fuzz:
 	scripts/install-deps build fuzz
-	cmake --preset fuzz && cmake --build $(BUILD)/fuzz --target vek_fuzz
-	tests/fuzz/run $(BUILD)/fuzz/vek_fuzz $(FUZZ_SECONDS)
+	cmake --preset fuzz && cmake --build $(BUILD)/fuzz --target vek_fuzz decode_fuzz
+	tests/fuzz/run $(BUILD)/fuzz/decode_fuzz $$(($(FUZZ_SECONDS) / 4)) decode_corpus
+	tests/fuzz/run $(BUILD)/fuzz/vek_fuzz $$(($(FUZZ_SECONDS) * 3 / 4)) corpus
 
 lint: all
 	scripts/install-deps lint

@@ -8,6 +8,7 @@
 #include "args/args.h"
 #include "args/print.h"
 #include "auth/commands.h"
+#include "order/words.h"
 #include "platform/auth.h"
 
 namespace {
@@ -325,6 +326,32 @@ Outcome run_action(const Args& args, const CommandEntry* entry) {
 }
 
 }  // namespace
+
+void each_rzglapi_words(TakeWords take) {
+  constexpr const char* kCommand = "rzglapi";
+  const auto take_hosts = [&](const char* action, std::span<const HostAction> rows) {
+    for (const HostAction& row : rows) take(kCommand, action, row.key.data(), nullptr, row.usage, row.words);
+  };
+  const auto take_lists = [&](const char* action, std::span<const PortalList> lists) {
+    for (const PortalList& list : lists) {
+      take(kCommand, action, list.word, "add", list.missing_value_usage, 6);
+      take(kCommand, action, list.word, "del", list.missing_value_usage, 6);
+      take(kCommand, action, list.word, "get", nullptr, 0);
+      take(kCommand, action, list.word, "delall", nullptr, 0);
+    }
+  };
+  take_hosts("login", kLogin);
+  take_hosts("logout", kLogout);
+  take_hosts("checkonline", kCheckOnline);
+  take_hosts("getonline", kGetOnline);
+  take(kCommand, "getonline", "all", nullptr, nullptr, 0);
+  take_lists("white", kWhiteLists);
+  take_lists("black", kBlackLists);
+  take(kCommand, "auth", "get", nullptr, nullptr, 0);
+  take(kCommand, "auth", "set", nullptr, "set state savemac time loginmax", 7);
+  take(kCommand, "portal", "get", nullptr, nullptr, 0);
+  take(kCommand, "portal", "set", nullptr, "portal url", 5);
+}
 
 // Callers judge by the JSON: the exit status is the same whatever has happened.
 int cmd_rzglapi(int argc, char** argv, const CommandEntry* entry) {

@@ -6,6 +6,7 @@
 #include "args/print.h"
 #include "board/commands.h"
 #include "order/order.h"
+#include "order/words.h"
 #include "platform/switch_chip.h"
 #include "records/switch_chip.h"
 
@@ -403,6 +404,14 @@ constexpr SubCommand kOthers[] = {
 // clang-format on
 
 }  // namespace
+
+void each_rtl_words(TakeWords take) {
+  for (const Group& group : kGroups) {
+    for (const Operation& row : std::span(group.first, group.count)) {
+      take("rtl", group.word, row.action, nullptr, group.usage, row.min_words);
+    }
+  }
+}
 
 int cmd_rtl(int argc, char** argv, const CommandEntry* entry) {
   const Args args(argc, argv);

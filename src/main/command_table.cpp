@@ -18,11 +18,13 @@ namespace {
 
 int cmd_help(int argc, char** argv, const CommandEntry* entry);
 
-// Commands of other builds of the system: their words stay taken and their usage stays on show.
+}  // namespace
+
+// Their words stay taken and their usage stays on show.
 int cmd_usage_only(int, char**, const CommandEntry* entry) { return print_usage(entry); }
 
 // clang-format off
-constexpr CommandEntry kCommandTable[] = {
+const CommandEntry kCommandTable[] = {
     {"errinfo", cmd_errinfo, "num string"},
     {"rzglset", cmd_usage_only,
      "type[0 | 1 | 3] tq  notify_type[0|1|2] lanip port web_exit web_anyuser pc_no_auth second_auth_en"},
@@ -170,6 +172,8 @@ constexpr CommandEntry kCommandTable[] = {
     {nullptr, nullptr, nullptr},
 };
 // clang-format on
+
+namespace {
 
 int cmd_help(int, char**, const CommandEntry*) {
   for (const CommandEntry* row = kCommandTable; row->name != nullptr; ++row) {

@@ -5,6 +5,7 @@
 #include "args/print.h"
 #include "args/shell.h"
 #include "order/order.h"
+#include "order/words.h"
 #include "platform/file.h"
 #include "records/general.h"
 #include "records/order.h"
@@ -228,11 +229,20 @@ constexpr SubCommand kOspfOrders[] = {group("router_id", kRouterId, "vek ospf ro
 
 }  // namespace
 
+void each_routing_words(TakeWords take) {
+  static constexpr const char* kCommands[] = {nullptr, "ipv6", "ospf", "rip", "ospfv3", "ripng"};
+  for (const Row& row : kRows) {
+    if ((row.kind & kUsage) == kUsage) continue;
+    take(kCommands[row.protocol], kWords[row.section], kWords[row.action], nullptr, row.usage, row.min_words);
+  }
+}
+
 int cmd_ospfv3(int argc, char** argv, const CommandEntry*) { return run(kOspfv3, Args(argc, argv)); }
 
 int cmd_ospf(int argc, char** argv, const CommandEntry* entry) {
   const Args args(argc, argv);
-  return args.is(2, "router_id") ? run_sub_command({kOspfOrders}, args, entry) : run(kOspf, args);
+  const bool is_order = find_sub_command(kOspfOrders, args, 2) != nullptr;
+  return is_order ? run_sub_command({kOspfOrders}, args, entry) : run(kOspf, args);
 }
 
 int cmd_rip(int argc, char** argv, const CommandEntry*) { return run(kRip, Args(argc, argv)); }
