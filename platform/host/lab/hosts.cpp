@@ -82,6 +82,10 @@ void clear_third(Store& store) { store.execute("DELETE FROM host_third"); }
 int64_t count_third(Store& store) { return store.number("SELECT count(*) FROM host_third"); }
 
 void load_counters(Store& store, const Node& node) {
+  if (Node::tells_members()) {
+    for (const HostCounter& counter : kHostCounters)
+      node.tell_member(counter.name, kind_of(uint32_t{}), false);
+  }
   node.each_member([&store](const std::string& name, const Node& value) {
     const auto counter = std::ranges::find(kHostCounters, name, &HostCounter::name);
     if (counter == std::end(kHostCounters)) value.fail("unknown counter");

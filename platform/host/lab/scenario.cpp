@@ -9,6 +9,23 @@ void Node::fail(const std::string& why) const {
   throw ScenarioError((place_.empty() ? "/" : place_) + ": " + why);
 }
 
+// Once for all elements of a list: a line "hosts[] ip: IP address, required".
+void Node::tell_member(std::string_view name, const std::string& kind, bool is_required) const {
+  std::string line;
+  for (size_t start = 1; start < place_.size();) {
+    const size_t end = std::min(place_.find('/', start), place_.size());
+    const bool is_index = place_[start] >= '0' && place_[start] <= '9';
+    line += (is_index ? "[]" : line.empty() ? "" : ".") + (is_index ? "" : place_.substr(start, end - start));
+    start = end + 1;
+  }
+  line += " " + std::string(name) + ": " + kind + (is_required ? ", required" : "");
+  if (std::ranges::find(*members_, line) == members_->end()) members_->push_back(line);
+}
+
+std::string Node::kind() const {
+  return value_.is_number() ? "number" : value_.is_string() ? "text" : value_.is_array() ? "list" : "object";
+}
+
 int64_t Node::number(int64_t least, int64_t most) const {
   // Numbers above INT64_MAX are unsigned ones to the reader.
   const bool is_huge = value_.is_number_unsigned() &&

@@ -93,18 +93,31 @@ json parse_file(const std::string& path) {
   }
 }
 
-// The scenario takes the place of whatever was there.
-void load(const char* path) {
+// Puts it in the place of whatever was there; nothing lasts until that is committed.
+void read_scenario(const char* path, Store& store) {
   try {
     const json scenario = parse_file(path);
-    Store store = open_state(kWrites);
     clear(store);
     load_sections(store, Node(scenario, ""));
-    store.commit();
-    follow_settings(store);
   } catch (const ScenarioError& error) {
     throw ScenarioError(std::string(path) + ": " + error.what());
   }
+}
+
+void load(const char* path) {
+  Store store = open_state(kWrites);
+  read_scenario(path, store);
+  store.commit();
+  follow_settings(store);
+}
+
+// Which members the objects of the file may have.
+void tell_members(const char* path) {
+  std::vector<std::string> members;
+  Node::set_members(&members);
+  Store store = open_state(kWrites);
+  read_scenario(path, store);
+  for (const std::string& member : members) printf("%s\n", member.c_str());
 }
 
 void reset(const char*) {
@@ -148,9 +161,13 @@ struct Action {
   void (*run)(const char* argument);
 };
 
-constexpr Action kActions[] = {{"load", 1, load},        {"reset", 0, reset},
-                               {"show", 0, show},        {"reboot", 0, reboot},
-                               {"hosts", 1, make_hosts}, {"audit-listen", 0, audit_listen}};
+constexpr Action kActions[] = {{"load", 1, load},
+                               {"members", 1, tell_members},
+                               {"reset", 0, reset},
+                               {"show", 0, show},
+                               {"reboot", 0, reboot},
+                               {"hosts", 1, make_hosts},
+                               {"audit-listen", 0, audit_listen}};
 
 // Nothing ends here but what needs memory where it cannot be refused: throwing, and letting go of JSON.
 [[noreturn]] void end() {
@@ -184,7 +201,8 @@ int main(int argc, char** argv) {
     return 1;
   }
   fputs(
-      "vek-lab load FILE\nvek-lab reset\nvek-lab show\nvek-lab reboot\nvek-lab hosts N\nvek-lab "
+      "vek-lab load FILE\nvek-lab members FILE\nvek-lab reset\nvek-lab show\nvek-lab reboot\nvek-lab hosts "
+      "N\nvek-lab "
       "audit-listen\n"
       "vek-lab enter [--routing] [COMMAND...]\n",
       stderr);
