@@ -111,12 +111,13 @@ void load(const char* path) {
   follow_settings(store);
 }
 
-// Which members the objects of the file may have.
+// Which sections there are, and which members the objects of the file may have.
 void tell_members(const char* path) {
   std::vector<std::string> members;
   Node::set_members(&members);
   Store store = open_state(kWrites);
   read_scenario(path, store);
+  for (const Section* section : kSections) printf("%s\n", section->name);
   for (const std::string& member : members) printf("%s\n", member.c_str());
 }
 
