@@ -47,9 +47,26 @@ lint: all
 	scripts/lint $(BUILD)
 
 install: all
-	cmake --install $(BUILD)
+	scripts/install $(BUILD)
+
+uninstall:
+	scripts/uninstall $(BUILD)
+
+deb:
+	scripts/install-deps build deb
+	scripts/make-deb $(BUILD)/deb
+
+# In a fresh root, which takes some minutes and root.
+test-deb: deb
+	scripts/test-deb $(BUILD)/deb
+
+# TOOLCHAIN=router.cmake PLATFORM_LIBS="...;..." add the tool for a vendor's own libraries.
+router-package: all
+	scripts/install-deps build cross
+	cmake --preset aarch64-musl && cmake --build $(BUILD)/aarch64-musl --target vek
+	scripts/router-package $(BUILD) "$(TOOLCHAIN)" "$(PLATFORM_LIBS)"
 
 clean:
 	rm -rf $(BUILD)
 
-.PHONY: all demo test musl test-cross bench fuzz lint install clean
+.PHONY: all demo test musl test-cross bench fuzz lint install uninstall deb test-deb router-package clean
