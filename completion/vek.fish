@@ -17,9 +17,12 @@ function __vek_complete
             continue
         end
         if test (count $known) -gt (count $given)
-            echo $known[(math (count $given) + 1)]
+            set -l next (math (count $given) + 1)
+            echo $known[$next]
         else
-            set -l wanted (string split ' ' $parts[2])[(math (count $given) - (count $known) + 1)]
+            set -l behind (string split ' ' $parts[2])
+            set -l next (math (count $given) - (count $known) + 1)
+            set -l wanted $behind[$next]
             switch "$wanted"
                 case '' -
                 case @
