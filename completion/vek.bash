@@ -5,7 +5,8 @@ _vek_words='@WORDS@'
 _vek_interfaces() {
   local names
   names=$(vek devmg list 2>/dev/null | awk 'NR > 2 && NF > 1 { print $1 }')
-  [[ -n $names ]] && echo "$names" || ls /sys/class/net
+  # What else a name may hold would mean something to the shell.
+  { [[ -n $names ]] && echo "$names" || ls /sys/class/net; } | grep -x '[[:alnum:]_.@-]*'
 }
 
 _vek() {
@@ -30,6 +31,9 @@ _vek() {
       esac
     fi
   done <<<"$_vek_words"
-  COMPREPLY=($(compgen -W "${choices[*]}" -- "$current"))
+  COMPREPLY=()
+  for known in "${choices[@]}"; do
+    [[ $known == "$current"* ]] && COMPREPLY+=("$known")
+  done
 }
 complete -F _vek vek

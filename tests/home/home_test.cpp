@@ -43,7 +43,7 @@ TEST(ManualPages, TellWhatTheTablesTell) {
 TEST(Completion, OfWordsInBash) {
   const TempFolder state;
   setenv("VEK_STATE", state.path().c_str(), 1);
-  shell("PATH=" VEK_FOLDER ":$PATH; vek devmg add lan0 250; vek devmg add wan0 0");
+  shell("PATH=" VEK_FOLDER ":$PATH; vek devmg add lan0 250; vek devmg add wan0 0; vek devmg add 'a$(id)' 0");
   for (const auto& [typed, completed] : std::initializer_list<std::pair<std::string, std::string>>{
            {"vek ar", "vek arp"},
            {"vek arp a", "vek arp add addall"},
