@@ -1,0 +1,122 @@
+// Runs commands of the tool in this process.
+#include "shell/runner.h"
+
+#include <fcntl.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <cstdio>
+#include <cstring>
+#include <nlohmann/json.hpp>
+
+#include "main/command_table.h"
+#include "platform/order.h"
+#include "records/order.h"
+#include "shell/vocabulary.h"
+#include "shell/watch.h"
+#include "shell/write_all.h"
+
+namespace {
+
+constexpr size_t kEnoughToWrite = 64 << 10;
+
+// Whatever the bytes are, the text is valid.
+std::string json_text(std::string_view text) {
+  return nlohmann::json(text).dump(-1, ' ', false, nlohmann::json::error_handler_t::replace);
+}
+
+int print_help(const std::vector<std::string>& words) {
+  const std::string text = help_on(std::span(words).subspan(1));
+  if (text.empty()) fputs("no such command\n", stderr);
+  fputs(text.c_str(), stdout);
+  return text.empty() ? 1 : 0;
+}
+
+int run_handler(std::vector<std::string>& words) {
+  if (words[0] == "help" && words.size() > 1) return print_help(words);
+  if (words[0] == "watch") return watch({words.begin() + 1, words.end()});
+  std::string tool = "vek";
+  std::vector<char*> argv = {tool.data()};
+  for (std::string& word : words) argv.push_back(word.data());
+  argv.push_back(nullptr);
+  return run_command(static_cast<int>(argv.size() - 1), argv.data());
+}
+
+}  // namespace
+
+Runner::Runner(bool is_json)
+    : output_(fcntl(STDOUT_FILENO, F_DUPFD_CLOEXEC, 3)), report_(fcntl(STDERR_FILENO, F_DUPFD_CLOEXEC, 3)) {
+  if (!is_json) return;
+  capture_ = std::make_unique<Capture>();
+  gateway().watchers.push_back([this](const Exchanged& exchanged) { note(exchanged); });
+}
+
+Runner::~Runner() {
+  flush();
+  close(output_);
+  close(report_);
+}
+
+int Runner::run(std::vector<std::string>& words) {
+  if (capture_ == nullptr) return run_handler(words);
+  const std::vector<std::string> given = words;  // handlers may write into theirs
+  words_ = &given;
+  answers_.clear();
+  has_sent_ = false;
+  error_ = 0;
+  const int status = run_handler(words);
+  words_ = nullptr;
+  add_object(given, status, capture_->take_report());
+  return status;
+}
+
+void Runner::reject(const std::string& why) {
+  say(why);
+  answers_.clear();
+  has_sent_ = false;
+  error_ = 0;
+  if (capture_ != nullptr) add_object({}, 1, why + "\n");
+}
+
+void Runner::say(const std::string& line) {
+  fflush(stdout);
+  write_all(report_, line + "\n");
+}
+
+void Runner::flush() {
+  fflush(stdout);
+  write_all(output_, objects_);
+  objects_.clear();
+}
+
+void Runner::note(const Exchanged& exchanged) {
+  if (words_ == nullptr || exchanged.returned != 0) return;
+  has_sent_ = true;
+  OrderRecord header;
+  memcpy(&header, exchanged.answer.data(), sizeof header);
+  error_ = header.result;
+  if (header.result == 0) answers_.push_back("null");
+}
+
+void Runner::add_object(const std::vector<std::string>& words, int status, const std::string& report) {
+  objects_ += "{\"words\":[";
+  for (const std::string& word : words) objects_ += (&word == words.data() ? "" : ",") + json_text(word);
+  objects_ += "],\"status\":" + std::to_string(status) + ",\"report\":" + json_text(report);
+  if (error_ != 0) {
+    const char* const text = error_ < std::size(tvlret_err_str) ? tvlret_err_str[error_] : nullptr;
+    objects_ += ",\"error\":{\"code\":" + std::to_string(error_) +
+                ",\"text\":" + json_text(text == nullptr ? "not find err!" : text) + "}";
+  }
+  const std::string output = capture_->take_output();
+  if (answers_.size() == 1) {
+    objects_ += ",\"answer\":" + answers_[0];
+  } else if (!answers_.empty()) {
+    objects_ += ",\"answer\":[";
+    for (const std::string& answer : answers_) objects_ += (&answer == answers_.data() ? "" : ",") + answer;
+    objects_ += "]";
+  } else if (!has_sent_) {
+    objects_ += ",\"text\":" + json_text(output);
+  }
+  objects_ += "}\n";
+  if (objects_.size() >= kEnoughToWrite) flush();
+}
