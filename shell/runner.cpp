@@ -7,11 +7,13 @@
 #include <algorithm>
 #include <cstdio>
 #include <cstring>
-#include <nlohmann/json.hpp>
+#include <span>
 
 #include "main/command_table.h"
 #include "platform/order.h"
 #include "records/order.h"
+#include "shell/field_text.h"
+#include "shell/json.h"
 #include "shell/vocabulary.h"
 #include "shell/watch.h"
 #include "shell/write_all.h"
@@ -19,11 +21,6 @@
 namespace {
 
 constexpr size_t kEnoughToWrite = 64 << 10;
-
-// Whatever the bytes are, the text is valid.
-std::string json_text(std::string_view text) {
-  return nlohmann::json(text).dump(-1, ' ', false, nlohmann::json::error_handler_t::replace);
-}
 
 int print_help(const std::vector<std::string>& words) {
   const std::string text = help_on(std::span(words).subspan(1));
@@ -95,27 +92,39 @@ void Runner::note(const Exchanged& exchanged) {
   OrderRecord header;
   memcpy(&header, exchanged.answer.data(), sizeof header);
   error_ = header.result;
-  if (header.result == 0) answers_.push_back("null");
+  if (header.result != 0) return;
+  const std::span payload(reinterpret_cast<const uint8_t*>(exchanged.answer.data()), exchanged.length);
+  std::string& answer = answers_.emplace_back();
+  const Message message = {header.module, header.command, true, header.result,
+                           payload.subspan(sizeof header)};
+  if (!append_json(answer, message)) answer = "null";
 }
 
 void Runner::add_object(const std::vector<std::string>& words, int status, const std::string& report) {
   objects_ += "{\"words\":[";
-  for (const std::string& word : words) objects_ += (&word == words.data() ? "" : ",") + json_text(word);
-  objects_ += "],\"status\":" + std::to_string(status) + ",\"report\":" + json_text(report);
+  for (const std::string& word : words) {
+    objects_ += &word == words.data() ? "" : ",";
+    append_quoted(objects_, word);
+  }
+  objects_ += "],\"status\":" + std::to_string(status) + ",\"report\":";
+  append_quoted(objects_, report);
   if (error_ != 0) {
     const char* const text = error_ < std::size(tvlret_err_str) ? tvlret_err_str[error_] : nullptr;
-    objects_ += ",\"error\":{\"code\":" + std::to_string(error_) +
-                ",\"text\":" + json_text(text == nullptr ? "not find err!" : text) + "}";
+    objects_ += ",\"error\":{\"code\":" + std::to_string(error_) + ",\"text\":";
+    append_quoted(objects_, text == nullptr ? "not find err!" : text);
+    objects_ += '}';
   }
   const std::string output = capture_->take_output();
-  if (answers_.size() == 1) {
-    objects_ += ",\"answer\":" + answers_[0];
+  if (!has_sent_) {
+    objects_ += ",\"text\":";
+    append_quoted(objects_, output);
+  } else if (answers_.size() == 1) {
+    (objects_ += ",\"answer\":") += answers_[0];
   } else if (!answers_.empty()) {
-    objects_ += ",\"answer\":[";
-    for (const std::string& answer : answers_) objects_ += (&answer == answers_.data() ? "" : ",") + answer;
-    objects_ += "]";
-  } else if (!has_sent_) {
-    objects_ += ",\"text\":" + json_text(output);
+    for (const std::string& answer : answers_) {
+      (objects_ += &answer == answers_.data() ? ",\"answer\":[" : ",") += answer;
+    }
+    objects_ += ']';
   }
   objects_ += "}\n";
   if (objects_.size() >= kEnoughToWrite) flush();
