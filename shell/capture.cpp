@@ -19,7 +19,10 @@ int checked(int result, const char* what) {
 
 }  // namespace
 
-Capture::Capture() : output_(redirect(STDOUT_FILENO)), report_(redirect(STDERR_FILENO)) {}
+Capture::Capture()
+    : output_(redirect(STDOUT_FILENO)),
+      report_(redirect(STDERR_FILENO)),
+      nowhere_(checked(open("/dev/null", O_WRONLY | O_CLOEXEC), "/dev/null")) {}
 
 Capture::~Capture() {
   fflush(stdout);
@@ -28,6 +31,22 @@ Capture::~Capture() {
     close(stream.before);
     close(stream.memory);
   }
+  close(nowhere_);
+}
+
+void Capture::drop_output() {
+  if (is_output_dropped_) return;
+  is_output_dropped_ = true;
+  dup2(nowhere_, STDOUT_FILENO);
+}
+
+std::string Capture::take_output() {
+  fflush(stdout);
+  std::string text = take(output_);
+  if (!is_output_dropped_) return text;
+  is_output_dropped_ = false;
+  dup2(output_.memory, STDOUT_FILENO);
+  return {};
 }
 
 Capture::Stream Capture::redirect(int number) {
@@ -39,7 +58,6 @@ Capture::Stream Capture::redirect(int number) {
 }
 
 std::string Capture::take(const Stream& stream) {
-  fflush(stdout);
   const off_t size = lseek(stream.memory, 0, SEEK_CUR);
   if (size <= 0) return {};
   std::string text(static_cast<size_t>(size), '\0');

@@ -11,8 +11,10 @@ class Capture {
   Capture& operator=(const Capture&) = delete;
 
   // What has been written since the last call.
-  std::string take_output() { return take(output_); }
+  std::string take_output();
   std::string take_report() { return take(report_); }
+  // Until take_output() is called, nothing more of the output is kept, nor what there is of it.
+  void drop_output();
 
  private:
   struct Stream {
@@ -25,4 +27,6 @@ class Capture {
 
   Stream output_;
   Stream report_;
+  int nowhere_;
+  bool is_output_dropped_ = false;
 };

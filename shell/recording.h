@@ -31,8 +31,8 @@
 #include <unordered_map>
 #include <vector>
 
-// One way through the gateway. The bytes are those of whole records, without the zeros at their ends. While an
-// exchange takes place, its answer lies in the record, where the zeros are behind it.
+// One way through the gateway. The bytes are those of whole records, without the zeros at their ends. While
+// an exchange takes place, its answer lies in the record, where the zeros are behind it.
 struct Exchanged {
   uint32_t length = 0;  // of the record's storage
   int32_t returned = 0;

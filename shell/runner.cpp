@@ -56,23 +56,19 @@ Runner::~Runner() {
 
 int Runner::run(std::vector<std::string>& words) {
   if (capture_ == nullptr) return run_handler(words);
-  const std::vector<std::string> given = words;  // handlers may write into theirs
-  words_ = &given;
-  answers_.clear();
-  has_sent_ = false;
-  error_ = 0;
+  begin_object(words);
+  is_running_ = true;
   const int status = run_handler(words);
-  words_ = nullptr;
-  add_object(given, status, capture_->take_report());
+  is_running_ = false;
+  end_object(status, capture_->take_report());
   return status;
 }
 
 void Runner::reject(const std::string& why) {
   say(why);
-  answers_.clear();
-  has_sent_ = false;
-  error_ = 0;
-  if (capture_ != nullptr) add_object({}, 1, why + "\n");
+  if (capture_ == nullptr) return;
+  begin_object({});
+  end_object(1, why + "\n");
 }
 
 void Runner::say(const std::string& line) {
@@ -86,46 +82,51 @@ void Runner::flush() {
   objects_.clear();
 }
 
+// Answers are long: they are written where they stay, and the text that the handler makes of them is lost.
 void Runner::note(const Exchanged& exchanged) {
-  if (words_ == nullptr || exchanged.returned != 0) return;
+  if (!is_running_ || exchanged.returned != 0) return;
   has_sent_ = true;
   OrderRecord header;
   memcpy(&header, exchanged.answer.data(), sizeof header);
   error_ = header.result;
   if (header.result != 0) return;
+  capture_->drop_output();
+  objects_ += answers_ == 0 ? ",\"answer\":" : ",";
+  if (answers_ == 0) first_answer_ = objects_.size();
+  if (answers_++ == 1) objects_.insert(first_answer_, "[");
   const std::span payload(reinterpret_cast<const uint8_t*>(exchanged.answer.data()), exchanged.length);
-  std::string& answer = answers_.emplace_back();
   const Message message = {header.module, header.command, true, header.result,
                            payload.subspan(sizeof header)};
-  if (!append_json(answer, message)) answer = "null";
+  if (!append_json(objects_, message)) objects_ += "null";
 }
 
-void Runner::add_object(const std::vector<std::string>& words, int status, const std::string& report) {
+void Runner::begin_object(const std::vector<std::string>& words) {
+  has_sent_ = false;
+  answers_ = 0;
+  error_ = 0;
   objects_ += "{\"words\":[";
   for (const std::string& word : words) {
     objects_ += &word == words.data() ? "" : ",";
     append_quoted(objects_, word);
   }
-  objects_ += "],\"status\":" + std::to_string(status) + ",\"report\":";
-  append_quoted(objects_, report);
+  objects_ += "]";
+}
+
+void Runner::end_object(int status, const std::string& report) {
+  if (answers_ > 1) objects_ += ']';
+  const std::string output = capture_->take_output();
+  if (!has_sent_) {
+    objects_ += ",\"text\":";
+    append_quoted(objects_, output);
+  }
   if (error_ != 0) {
     const char* const text = error_ < std::size(tvlret_err_str) ? tvlret_err_str[error_] : nullptr;
     objects_ += ",\"error\":{\"code\":" + std::to_string(error_) + ",\"text\":";
     append_quoted(objects_, text == nullptr ? "not find err!" : text);
     objects_ += '}';
   }
-  const std::string output = capture_->take_output();
-  if (!has_sent_) {
-    objects_ += ",\"text\":";
-    append_quoted(objects_, output);
-  } else if (answers_.size() == 1) {
-    (objects_ += ",\"answer\":") += answers_[0];
-  } else if (!answers_.empty()) {
-    for (const std::string& answer : answers_) {
-      (objects_ += &answer == answers_.data() ? ",\"answer\":[" : ",") += answer;
-    }
-    objects_ += ']';
-  }
+  objects_ += ",\"status\":" + std::to_string(status) + ",\"report\":";
+  append_quoted(objects_, report);
   objects_ += "}\n";
   if (objects_.size() >= kEnoughToWrite) flush();
 }

@@ -26,7 +26,8 @@ class Runner {
 
  private:
   void note(const Exchanged& exchanged);
-  void add_object(const std::vector<std::string>& words, int status, const std::string& report);
+  void begin_object(const std::vector<std::string>& words);
+  void end_object(int status, const std::string& report);
 
   int output_;  // the shell's own
   int report_;
@@ -34,8 +35,9 @@ class Runner {
   std::string objects_;               // that are waiting to be written
 
   // Of the command that runs.
-  const std::vector<std::string>* words_ = nullptr;
-  std::vector<std::string> answers_;
+  bool is_running_ = false;
   bool has_sent_ = false;
+  size_t answers_ = 0;
+  size_t first_answer_ = 0;  // where it is in objects_
   uint32_t error_ = 0;
 };
