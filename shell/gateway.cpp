@@ -50,7 +50,7 @@ void try_to(Work work) {
 }  // namespace
 
 Gateway& gateway() {
-  static Gateway the_gateway;
+  static Gateway the_gateway = first_gateway();
   return the_gateway;
 }
 

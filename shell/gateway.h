@@ -15,3 +15,6 @@ struct Gateway {
 };
 
 Gateway& gateway();
+
+// What it is when it is used first; each program has its own.
+Gateway first_gateway();

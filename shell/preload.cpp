@@ -12,22 +12,20 @@
 #include "shell/gateway.h"
 #include "shell/tracer.h"
 
-namespace {
-
-// When the library is loaded. Both live as long as the process.
-[[gnu::constructor]] void set_up() {
+// Both live as long as the process.
+Gateway first_gateway() {
+  Gateway ours;
   const char* const trace = getenv("VEK_TRACE");
   const char* const recording = getenv("VEK_RECORD");
   try {
-    if (recording != nullptr) gateway().recorder = new Recorder(recording);
-    if (trace == nullptr) return;
+    if (recording != nullptr) ours.recorder = new Recorder(recording);
+    if (trace == nullptr) return ours;
     const std::string path = trace;
     auto* const tracer = path == "-" ? new Tracer(STDERR_FILENO) : new Tracer(path);
-    gateway().is_request_wanted = true;
-    gateway().watchers.emplace_back([tracer](const Exchanged& exchanged) { tracer->show(exchanged); });
+    ours.is_request_wanted = true;
+    ours.watchers.emplace_back([tracer](const Exchanged& exchanged) { tracer->show(exchanged); });
   } catch (const std::exception& error) {
     fprintf(stderr, "libvek_trace: %s\n", error.what());
   }
+  return ours;
 }
-
-}  // namespace

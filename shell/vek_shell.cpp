@@ -135,6 +135,8 @@ int run_shell_program(int argc, char** argv) {
 
 }  // namespace
 
+Gateway first_gateway() { return {}; }
+
 int main(int argc, char** argv) {
   try {
     return run_shell_program(argc, argv);
