@@ -39,11 +39,13 @@ int answer(Replay& replay, void* record, uint32_t length) {
 
 // What is seen of an order must not keep it from being done.
 template <typename Work>
-void try_to(Work work) {
+bool try_to(Work work) {
   try {
     work();
+    return true;
   } catch (const std::exception& error) {
     fprintf(stderr, "vek-shell: %s\n", error.what());
+    return false;
   }
 }
 
@@ -74,8 +76,9 @@ extern "C" [[gnu::visibility("default")]] int tesvel_order_opt_fun(void* record,
 
   exchanged.request = request;
   exchanged.answer = used_part(record, length);
-  if (ours.recorder != nullptr && !request.empty()) {
-    try_to([&] { ours.recorder->add(exchanged); });
+  if (ours.recorder != nullptr && !request.empty() && !try_to([&] { ours.recorder->add(exchanged); })) {
+    fputs("vek-shell: nothing more is recorded\n", stderr);
+    ours.recorder = nullptr;
   }
   for (const auto& watcher : ours.watchers) {
     try_to([&] { watcher(exchanged); });

@@ -77,8 +77,8 @@ void Runner::say(const std::string& line) {
 }
 
 void Runner::flush() {
-  fflush(stdout);
-  write_all(output_, objects_);
+  const bool is_text_written = fflush(stdout) == 0 && ferror(stdout) == 0;
+  is_all_written_ = write_all(output_, objects_) && is_text_written && is_all_written_;
   objects_.clear();
 }
 

@@ -23,6 +23,8 @@ class Runner {
   // Writes a line to the shell's own standard error.
   void say(const std::string& line);
   void flush();
+  // What has been flushed is where it belongs.
+  bool is_all_written() const { return is_all_written_; }
 
  private:
   void note(const Exchanged& exchanged);
@@ -31,6 +33,7 @@ class Runner {
 
   int output_;  // the shell's own
   int report_;
+  bool is_all_written_ = true;
   std::unique_ptr<Capture> capture_;  // null: no JSON
   std::string objects_;               // that are waiting to be written
 

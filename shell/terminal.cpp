@@ -101,6 +101,7 @@ int run(std::vector<std::string>& words, bool is_json) {
   if (child == 0) {
     setlocale(LC_ALL, "C");  // the tool knows no other
     handle(SIGINT, SIG_DFL);
+    handle(SIGQUIT, SIG_DFL);
     handle(SIGCHLD, SIG_IGN);
     Runner runner(is_json);
     const int status = runner.run(words);
@@ -153,6 +154,7 @@ class LineHistory {
 int run_terminal(bool is_json) {
   setlocale(LC_CTYPE, "");
   handle(SIGINT, on_interrupt);
+  handle(SIGQUIT, SIG_IGN);
   handle(SIGCHLD, SIG_DFL);
   LineHistory lines;
   EditLine* const editor = el_init("vek-shell", stdin, stdout, stderr);
@@ -169,6 +171,7 @@ int run_terminal(bool is_json) {
   for (;;) {
     int length = 0;
     is_interrupted = 0;
+    el_resize(editor);  // the terminal may have another size by now
     const char* const line = el_gets(editor, &length);
     if (line == nullptr || length <= 0) {
       printf("\n");

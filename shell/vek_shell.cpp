@@ -96,6 +96,14 @@ int run_commands(const Options& options, const char* path) {
   return run_batch(runner, file, path == nullptr ? "stdin" : path, options.stops_at_first);
 }
 
+// No file that is opened later may take the place of a standard stream that is closed.
+void open_standard_streams() {
+  int lowest;
+  do lowest = open("/dev/null", O_RDWR);
+  while (lowest >= 0 && lowest <= STDERR_FILENO);
+  close(lowest);
+}
+
 int run_shell_program(int argc, char** argv) {
   Options options;
   for (int option; (option = getopt_long(argc, argv, "ej", kOptions, nullptr)) != -1;) {
@@ -138,6 +146,7 @@ int run_shell_program(int argc, char** argv) {
 Gateway first_gateway() { return {}; }
 
 int main(int argc, char** argv) {
+  open_standard_streams();
   try {
     return run_shell_program(argc, argv);
   } catch (const std::exception& error) {

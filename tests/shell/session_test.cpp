@@ -71,6 +71,8 @@ TEST_F(Shell, RunsLinesAndReportsThoseThatFail) {
   EXPECT_EQ(first.err, "err:no such entry \nstdin:6: status 3\n");
   EXPECT_EQ(first.status, 1);
   EXPECT_EQ(shell("-e", "arp list lan0\n# the end").status, 0);
+  EXPECT_EQ(run({"/bin/sh", "-c", "echo arp disonline_get | \"$@\" >/dev/full", "sh", VEK_SHELL, "-j"}).err,
+            "vek-shell: standard output cannot be written\n");
   EXPECT_EQ(shell("-x", "").status, 2);
   EXPECT_EQ(shell(folder.file("none"), "").status, 2);
 }
