@@ -242,7 +242,7 @@ bool Replay::answer(void* record, uint32_t length, int& returned) {
   // The rest of the request is zero already.
   auto* const into = static_cast<char*>(record);
   if (request.size() > bytes.size()) memset(into + bytes.size(), 0, request.size() - bytes.size());
-  memcpy(into, bytes.data(), bytes.size());
+  std::ranges::copy(bytes, into);
   returned = result;
   return true;
 }
