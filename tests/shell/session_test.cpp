@@ -5,7 +5,6 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
-#include <chrono>
 #include <filesystem>
 #include <fstream>
 #include <nlohmann/json.hpp>
@@ -197,30 +196,37 @@ TEST_F(Shell, AtATerminal) {
     execl(VEK_SHELL, "vek-shell", nullptr);
     _exit(127);
   }
-  const std::pair<std::string, std::string> kSteps[] = {
-      {"", "vek> "},
-      {"ar\tlis\tlan0\r", "192.168.1.9\t0.0.0.0"},  // words are completed
-      {"arp \t", "disonline_get"},                  // or shown
-      {"\x03", "\nvek> "},                          // a line is given up
-      {"help ar\tadd\r", "dev ip mac type[1|2|3|4] name"},
-      {"watch 1 arp l\tlan0\r", "every 1 s: arp list lan0"},
-      {"", "every 1 s: arp list lan0"},  // once more
-      {"\x03", "\nvek> "},
-      {"arp 'list' \"lan0\"\r", "192.168.1.9\t0.0.0.0"},
-      {"\x1b[A\x1b[A\r", "every 1 s: arp list lan0"},  // the line before the last
-      {"\x03", "\nvek> "},
-      {"arp '\r", "a quote is open"},
-      {"\x04", ""},
+  const std::string kPrompt = "vek> ";
+  const std::string kShown = "192.168.1.9\t0.0.0.0";
+  const std::string kWatched = "every 1 s: arp list lan0";
+  // Each is waited for behind the one before. What is typed while a command ends might go to the command.
+  const std::pair<std::string, std::vector<std::string>> kSteps[] = {
+      {"", {kPrompt}},
+      {"ar\tlis\tlan0\r", {kShown, kPrompt}},  // words are completed
+      {"arp \t", {"disonline_get", "arp "}},   // or shown
+      {"\x03", {kPrompt}},                     // a line is given up
+      {"help ar\tadd\r", {"dev ip mac type[1|2|3|4] name", kPrompt}},
+      {"watch 1 arp l\tlan0\r", {kWatched, kWatched}},
+      {"\x03", {kPrompt}},
+      {"arp 'list' \"lan0\"\r", {kShown, kPrompt}},
+      {"\x1b[A\x1b[A\r", {kWatched}},  // the line before the last
+      {"\x03", {kPrompt}},
+      {"arp '\r", {"a quote is open", kPrompt}},
+      {"\x04", {}},
   };
-  for (const auto& [typed, wanted] : kSteps) {
+  std::string seen;
+  for (const auto& [typed, all_wanted] : kSteps) {
     ASSERT_EQ(write(terminal, typed.data(), typed.size()), static_cast<ssize_t>(typed.size()));
-    std::string seen;
-    char buffer[4096];
-    for (pollfd ready = {terminal, POLLIN, 0}; seen.find(wanted) == std::string::npos;) {
-      ASSERT_EQ(poll(&ready, 1, 10000), 1) << typed << "\n" << seen;
-      const ssize_t got = read(terminal, buffer, sizeof buffer);
-      ASSERT_GT(got, 0) << typed << "\n" << seen;
-      seen.append(buffer, static_cast<size_t>(got));
+    for (const std::string& wanted : all_wanted) {
+      char buffer[4096];
+      size_t at;
+      for (pollfd ready = {terminal, POLLIN, 0}; (at = seen.find(wanted)) == std::string::npos;) {
+        ASSERT_EQ(poll(&ready, 1, 10000), 1) << typed << "\n" << seen;
+        const ssize_t got = read(terminal, buffer, sizeof buffer);
+        ASSERT_GT(got, 0) << typed << "\n" << seen;
+        seen.append(buffer, static_cast<size_t>(got));
+      }
+      seen.erase(0, at + wanted.size());
     }
   }
   int status = -1;
