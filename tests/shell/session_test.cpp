@@ -204,7 +204,7 @@ TEST_F(Shell, AtATerminal) {
       {"", {kPrompt}},
       {"ar\tlis\tlan0\r", {kShown, kPrompt}},  // words are completed
       {"arp \t", {"disonline_get", "arp "}},   // or shown
-      {"\x03", {kPrompt}},                     // a line is given up
+      {"\x15", {}},                            // or given up
       {"help ar\tadd\r", {"dev ip mac type[1|2|3|4] name", kPrompt}},
       {"watch 1 arp l\tlan0\r", {kWatched, kWatched}},
       {"\x03", {kPrompt}},
