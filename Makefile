@@ -38,9 +38,10 @@ bench: all musl
 
 fuzz:
 	scripts/install-deps build fuzz
-	cmake --preset fuzz && cmake --build $(BUILD)/fuzz --target vek_fuzz decode_fuzz
+	cmake --preset fuzz && cmake --build $(BUILD)/fuzz --target vek_fuzz decode_fuzz recording_fuzz
+	tests/fuzz/run $(BUILD)/fuzz/recording_fuzz $$(($(FUZZ_SECONDS) / 10)) recording_corpus
 	tests/fuzz/run $(BUILD)/fuzz/decode_fuzz $$(($(FUZZ_SECONDS) / 4)) decode_corpus
-	tests/fuzz/run $(BUILD)/fuzz/vek_fuzz $$(($(FUZZ_SECONDS) * 3 / 4)) corpus
+	tests/fuzz/run $(BUILD)/fuzz/vek_fuzz $$(($(FUZZ_SECONDS) * 2 / 3)) corpus
 
 lint: all
 	scripts/install-deps lint
