@@ -3,6 +3,8 @@
 BUILD := build
 JOBS := $(shell nproc)
 FUZZ_SECONDS ?= 60
+MINUTES ?= 30
+SEED := $(or $(SEED),$(shell date +%s))
 
 all: $(BUILD)/build.ninja
 	cmake --build $(BUILD)
@@ -42,6 +44,11 @@ fuzz:
 	tests/fuzz/run $(BUILD)/fuzz/decode_fuzz $$(($(FUZZ_SECONDS) / 4)) decode_corpus
 	tests/fuzz/run $(BUILD)/fuzz/vek_fuzz $$(($(FUZZ_SECONDS) * 3 / 4)) corpus
 
+# One kind of cases alone with KIND=calls; a fault again with its SEED, KIND and CASE.
+torture: all
+	scripts/install-deps test torture
+	tests/torture/torture $(BUILD) $(MINUTES) $(SEED) $(KIND) $(CASE)
+
 lint: all
 	scripts/install-deps lint
 	scripts/lint $(BUILD)
@@ -52,4 +59,4 @@ install: all
 clean:
 	rm -rf $(BUILD)
 
-.PHONY: all demo test musl test-cross bench fuzz lint install clean
+.PHONY: all demo test musl test-cross bench fuzz torture lint install clean

@@ -15,6 +15,7 @@
 #include <sstream>
 #include <stdexcept>
 
+#include "linux/file.h"
 #include "linux/net.h"
 #include "linux/process.h"
 #include "modules/dhcp.h"
@@ -29,6 +30,9 @@ namespace {
 std::string settings_file(const Store& store) { return store.folder() + "/dnsmasq.conf"; }
 std::string leases_file(const Store& store) { return store.folder() + "/dnsmasq.leases"; }
 std::string pid_file(const Store& store) { return store.folder() + "/dnsmasq.pid"; }
+// Holds the id of the boot in which dnsmasq was ended to be started anew. It stays where that did not come to
+// its end, so that the next change of the settings makes up for it.
+std::string restart_file(const Store& store) { return store.folder() + "/dnsmasq.restart"; }
 
 std::string text_of(HostIp4 ip) {
   char room[64];
@@ -252,6 +256,7 @@ void launch(const Store& store) {
   if (status != 0) fail("dnsmasq has ended with status " + std::to_string(status));
   keep_for_owner(leases);
   if (!running(store)) fail("dnsmasq has not stayed");
+  unlink(restart_file(store).c_str());
 }
 
 // What would only show when the first client asks in vain. Empty: all is well.
@@ -280,6 +285,7 @@ void start_dnsmasq(Store& store) {
 }
 
 void stop_dnsmasq(Store& store) {
+  unlink(restart_file(store).c_str());
   if (const std::optional<Process> process = running(store)) end_process(*process);
   unlink(pid_file(store).c_str());
 }
@@ -287,10 +293,12 @@ void stop_dnsmasq(Store& store) {
 void follow_settings(Store& store) {
   store.begin();
   const std::optional<Process> process = running(store);
-  const std::string settings = process ? settings_text(store) : "";
-  if (process && settings != read_file(settings_file(store))) {
+  const bool is_cut_short = read_file(restart_file(store)) == boot_id();
+  const std::string settings = process || is_cut_short ? settings_text(store) : "";
+  if (is_cut_short || (process && settings != read_file(settings_file(store)))) {
     write_settings(store, settings);
-    end_process(*process);
+    replace_file(restart_file(store), boot_id());
+    if (process) end_process(*process);
     launch(store);
     // The other pools are served.
     const std::string fault = fault_of_interfaces(store);
