@@ -6,8 +6,10 @@
 #include <unistd.h>
 
 #include <algorithm>
+#include <cerrno>
 #include <csignal>
 #include <cstdio>
+#include <cstring>
 #include <filesystem>
 #include <fstream>
 #include <iterator>
@@ -204,8 +206,11 @@ std::string settings_text(Store& store) {
   return out.str();
 }
 
-std::string read_file(const std::string& path) {
+// Empty when there is none. What cannot be read is not taken for nothing: a server may be at work.
+std::string read_if_there(const std::string& path) {
+  errno = 0;
   std::ifstream file(path, std::ios::binary);
+  if (!file.is_open() && errno != ENOENT) fail(path + ": " + strerror(errno));
   return std::string((std::istreambuf_iterator<char>(file)), {});
 }
 
@@ -240,10 +245,10 @@ std::string pid_word(const Store& store) { return "--pid-file=" + pid_file(store
 
 // The number may be another's by now: after a restart of the machine, for one.
 std::optional<Process> running(const Store& store) {
-  const int64_t pid = strtoll(read_file(pid_file(store)).c_str(), nullptr, 10);
+  const int64_t pid = strtoll(read_if_there(pid_file(store)).c_str(), nullptr, 10);
   const std::optional<Process> process = find_process(pid);
   if (!process) return {};
-  const std::string words = read_file("/proc/" + std::to_string(pid) + "/cmdline");
+  const std::string words = read_if_there("/proc/" + std::to_string(pid) + "/cmdline");
   return words.find('\0' + pid_word(store) + '\0') != words.npos ? process : std::nullopt;
 }
 
@@ -293,9 +298,9 @@ void stop_dnsmasq(Store& store) {
 void follow_settings(Store& store) {
   store.begin();
   const std::optional<Process> process = running(store);
-  const bool is_cut_short = read_file(restart_file(store)) == boot_id();
+  const bool is_cut_short = read_if_there(restart_file(store)) == boot_id();
   const std::string settings = process || is_cut_short ? settings_text(store) : "";
-  if (is_cut_short || (process && settings != read_file(settings_file(store)))) {
+  if (is_cut_short || (process && settings != read_if_there(settings_file(store)))) {
     write_settings(store, settings);
     replace_file(restart_file(store), boot_id());
     if (process) end_process(*process);
