@@ -158,6 +158,7 @@ void write_fixed_answers(Store& store, std::ostream& out) {
     }
     const std::string ips = kind == kUrlIp ? "," + text_of(ip) : own_ips;
     std::istringstream each(ips.substr(1));
+    each.exceptions(std::ios::badbit);
     for (std::string one; std::getline(each, one, ',');) out << "host-record=" << name << "," << one << "\n";
     out << "local=/" << name << "/\nserver=/*." << name << "/#\n";
   }
@@ -179,6 +180,7 @@ void write_proxy(Store& store, std::ostream& out) {
 
 std::string settings_text(Store& store) {
   std::ostringstream out;
+  out.exceptions(std::ios::badbit);  // without memory it would go on with a part of the text
   out << "# Made of the settings of vek, and made anew whenever they change.\n"
          "no-resolv\nno-hosts\nbind-dynamic\nexcept-interface=lo\ndhcp-authoritative\n";
   int number = 0;
@@ -320,9 +322,11 @@ void clear_dnsmasq_cache(Store& store) {
 // A line a lease: when it ends, MAC, address, name of the host ("*" when it has told none).
 std::vector<DhcpLease> dnsmasq_leases(Store& store) {
   std::vector<DhcpLease> leases;
-  std::ifstream file(leases_file(store));
-  for (std::string line; std::getline(file, line);) {
+  std::istringstream lines(read_if_there(leases_file(store)));
+  lines.exceptions(std::ios::badbit);
+  for (std::string line; std::getline(lines, line);) {
     std::istringstream words(line);
+    words.exceptions(std::ios::badbit);
     uint64_t end = 0;
     std::string mac;
     std::string ip;
