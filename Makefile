@@ -3,6 +3,8 @@
 BUILD := build
 JOBS := $(shell nproc)
 FUZZ_SECONDS ?= 60
+MINUTES ?= 30
+SEED := $(or $(SEED),$(shell date +%s))
 
 all: $(BUILD)/build.ninja
 	cmake --build $(BUILD)
@@ -43,6 +45,11 @@ fuzz:
 	tests/fuzz/run $(BUILD)/fuzz/decode_fuzz $$(($(FUZZ_SECONDS) / 4)) decode_corpus
 	tests/fuzz/run $(BUILD)/fuzz/vek_fuzz $$(($(FUZZ_SECONDS) * 2 / 3)) corpus
 
+# One kind of cases alone with KIND=calls; a fault again with its SEED, KIND and CASE.
+torture: all
+	scripts/install-deps test torture
+	tests/torture/torture $(BUILD) $(MINUTES) $(SEED) $(KIND) $(CASE)
+
 lint: all
 	scripts/install-deps lint
 	scripts/lint $(BUILD)
@@ -70,4 +77,4 @@ router-package: all
 clean:
 	rm -rf $(BUILD)
 
-.PHONY: all demo test musl test-cross bench fuzz lint install uninstall deb test-deb router-package clean
+.PHONY: all demo test musl test-cross bench fuzz torture lint install uninstall deb test-deb router-package clean

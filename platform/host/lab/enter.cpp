@@ -75,7 +75,8 @@ void cover(const std::string& folder, const Keeps& keeps) {
     const std::string path = std::filesystem::path(folder) / name;
     if (!keeps(name)) continue;
     if (entry.is_symlink()) {
-      std::filesystem::copy_symlink(entry.path(), path);
+      std::error_code gone;
+      std::filesystem::copy_symlink(entry.path(), path, gone);
       continue;
     }
     if (entry.symlink_status().type() == std::filesystem::file_type::directory) {
@@ -83,7 +84,9 @@ void cover(const std::string& folder, const Keeps& keeps) {
     } else {
       write_file(path, "");
     }
-    bind_mount(entry.path(), path);
+    if (mount(entry.path().c_str(), path.c_str(), nullptr, MS_BIND | MS_REC, nullptr) == 0) continue;
+    if (errno != ENOENT) fail("cannot mount " + path);
+    std::filesystem::remove(path);  // others have taken it away meanwhile
   }
   close(fd);
 }

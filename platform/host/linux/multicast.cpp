@@ -10,6 +10,7 @@
 std::vector<MulticastGroup> linux_multicast_groups(std::string_view dev) {
   std::ifstream file("/proc/net/igmp");
   if (!file) throw std::runtime_error("/proc/net/igmp cannot be read");
+  file.exceptions(std::ios::badbit);  // nor a part of it taken for the whole
   std::vector<MulticastGroup> groups;
   bool is_ours = false;
   for (std::string line; std::getline(file, line);) {

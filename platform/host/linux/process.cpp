@@ -163,9 +163,15 @@ int wait_for_program(int64_t pid, int seconds) {
 
 std::optional<Process> find_process(int64_t pid) {
   const std::string path = "/proc/" + std::to_string(pid) + "/stat";
+  errno = 0;
   const std::unique_ptr<FILE, FileCloser> file(fopen(path.c_str(), "re"));
   char line[1024];
-  if (file == nullptr || fgets(line, sizeof line, file.get()) == nullptr) return {};
+  if (file == nullptr || fgets(line, sizeof line, file.get()) == nullptr) {
+    if (errno != 0 && errno != ENOENT && errno != ESRCH) {  // it may be alive
+      throw std::runtime_error(path + ": " + strerror(errno));
+    }
+    return {};
+  }
   // Behind the name, which may hold anything: the state, and as the twentieth from there the start.
   const char* const name_end = strrchr(line, ')');
   char state = 'X';

@@ -6,8 +6,10 @@
 #include <unistd.h>
 
 #include <algorithm>
+#include <cerrno>
 #include <csignal>
 #include <cstdio>
+#include <cstring>
 #include <filesystem>
 #include <fstream>
 #include <iterator>
@@ -15,6 +17,7 @@
 #include <sstream>
 #include <stdexcept>
 
+#include "linux/file.h"
 #include "linux/net.h"
 #include "linux/process.h"
 #include "modules/dhcp.h"
@@ -29,6 +32,9 @@ namespace {
 std::string settings_file(const Store& store) { return store.folder() + "/dnsmasq.conf"; }
 std::string leases_file(const Store& store) { return store.folder() + "/dnsmasq.leases"; }
 std::string pid_file(const Store& store) { return store.folder() + "/dnsmasq.pid"; }
+// Holds the id of the boot in which dnsmasq was ended to be started anew. It stays where that did not come to
+// its end, so that the next change of the settings makes up for it.
+std::string restart_file(const Store& store) { return store.folder() + "/dnsmasq.restart"; }
 
 std::string text_of(HostIp4 ip) {
   char room[64];
@@ -152,6 +158,7 @@ void write_fixed_answers(Store& store, std::ostream& out) {
     }
     const std::string ips = kind == kUrlIp ? "," + text_of(ip) : own_ips;
     std::istringstream each(ips.substr(1));
+    each.exceptions(std::ios::badbit);
     for (std::string one; std::getline(each, one, ',');) out << "host-record=" << name << "," << one << "\n";
     out << "local=/" << name << "/\nserver=/*." << name << "/#\n";
   }
@@ -173,6 +180,7 @@ void write_proxy(Store& store, std::ostream& out) {
 
 std::string settings_text(Store& store) {
   std::ostringstream out;
+  out.exceptions(std::ios::badbit);  // without memory it would go on with a part of the text
   out << "# Made of the settings of vek, and made anew whenever they change.\n"
          "no-resolv\nno-hosts\nbind-dynamic\nexcept-interface=lo\ndhcp-authoritative\n";
   int number = 0;
@@ -200,8 +208,11 @@ std::string settings_text(Store& store) {
   return out.str();
 }
 
-std::string read_file(const std::string& path) {
+// Empty when there is none. What cannot be read is not taken for nothing: a server may be at work.
+std::string read_if_there(const std::string& path) {
+  errno = 0;
   std::ifstream file(path, std::ios::binary);
+  if (!file.is_open() && errno != ENOENT) fail(path + ": " + strerror(errno));
   return std::string((std::istreambuf_iterator<char>(file)), {});
 }
 
@@ -236,10 +247,10 @@ std::string pid_word(const Store& store) { return "--pid-file=" + pid_file(store
 
 // The number may be another's by now: after a restart of the machine, for one.
 std::optional<Process> running(const Store& store) {
-  const int64_t pid = strtoll(read_file(pid_file(store)).c_str(), nullptr, 10);
+  const int64_t pid = strtoll(read_if_there(pid_file(store)).c_str(), nullptr, 10);
   const std::optional<Process> process = find_process(pid);
   if (!process) return {};
-  const std::string words = read_file("/proc/" + std::to_string(pid) + "/cmdline");
+  const std::string words = read_if_there("/proc/" + std::to_string(pid) + "/cmdline");
   return words.find('\0' + pid_word(store) + '\0') != words.npos ? process : std::nullopt;
 }
 
@@ -252,6 +263,7 @@ void launch(const Store& store) {
   if (status != 0) fail("dnsmasq has ended with status " + std::to_string(status));
   keep_for_owner(leases);
   if (!running(store)) fail("dnsmasq has not stayed");
+  unlink(restart_file(store).c_str());
 }
 
 // What would only show when the first client asks in vain. Empty: all is well.
@@ -280,6 +292,7 @@ void start_dnsmasq(Store& store) {
 }
 
 void stop_dnsmasq(Store& store) {
+  unlink(restart_file(store).c_str());
   if (const std::optional<Process> process = running(store)) end_process(*process);
   unlink(pid_file(store).c_str());
 }
@@ -287,10 +300,12 @@ void stop_dnsmasq(Store& store) {
 void follow_settings(Store& store) {
   store.begin();
   const std::optional<Process> process = running(store);
-  const std::string settings = process ? settings_text(store) : "";
-  if (process && settings != read_file(settings_file(store))) {
+  const bool is_cut_short = read_if_there(restart_file(store)) == boot_id();
+  const std::string settings = process || is_cut_short ? settings_text(store) : "";
+  if (is_cut_short || (process && settings != read_if_there(settings_file(store)))) {
     write_settings(store, settings);
-    end_process(*process);
+    replace_file(restart_file(store), boot_id());
+    if (process) end_process(*process);
     launch(store);
     // The other pools are served.
     const std::string fault = fault_of_interfaces(store);
@@ -307,9 +322,11 @@ void clear_dnsmasq_cache(Store& store) {
 // A line a lease: when it ends, MAC, address, name of the host ("*" when it has told none).
 std::vector<DhcpLease> dnsmasq_leases(Store& store) {
   std::vector<DhcpLease> leases;
-  std::ifstream file(leases_file(store));
-  for (std::string line; std::getline(file, line);) {
+  std::istringstream lines(read_if_there(leases_file(store)));
+  lines.exceptions(std::ios::badbit);
+  for (std::string line; std::getline(lines, line);) {
     std::istringstream words(line);
+    words.exceptions(std::ios::badbit);
     uint64_t end = 0;
     std::string mac;
     std::string ip;

@@ -80,6 +80,7 @@ void configure(Words lines) {
 
 Words words_of(const std::string& line) {
   std::istringstream text(line);
+  text.exceptions(std::ios::badbit);  // no part is taken for the whole when there is no memory
   Words words;
   for (std::string word; text >> word;) words.push_back(word);
   return words;
@@ -101,6 +102,7 @@ std::string plain(const std::string& line) {
 const Running& running() {
   if (known) return *known;
   std::istringstream text(vtysh({"show daemons", "show running-config"}));
+  text.exceptions(std::ios::badbit);
   Running all;
   std::string line;
   std::getline(text, line);

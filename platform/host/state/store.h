@@ -34,8 +34,7 @@ std::string_view text(const char (&field)[kSize]) {
 
 template <size_t kSize>
 void copy_text(char (&field)[kSize], std::string_view value) {
-  const size_t length = value.size() < kSize ? value.size() : kSize - 1;
-  memcpy(field, value.data(), length);
+  const size_t length = value.copy(field, kSize - 1);
   memset(field + length, 0, kSize - length);
 }
 
