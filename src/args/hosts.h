@@ -22,15 +22,19 @@ uint32_t add_hosts(Rule& rule, ListWriter& lists, const char* word) {
   return lists.bytes() - before;
 }
 
+// The list of hosts of a type, as it comes next in an answer.
+inline void print_host_list(AnswerCursor& answer, uint8_t type, uint16_t count, uint16_t v6_count) {
+  if (type == kHostRanges) {
+    print_addr_ranges(answer, count, v6_count);
+  } else {
+    print_number_ranges(answer, count);
+  }
+}
+
 template <typename Rule>
 void print_hosts(AnswerCursor& answer, const Rule& rule) {
-  if (rule.type == kHostRanges) {
-    print(" ip_duan:");
-    print_addr_ranges(answer, rule.address_count, rule.v6_count);
-  } else {
-    print(" user_group:");
-    print_number_ranges(answer, rule.address_count);
-  }
+  print("%s", rule.type == kHostRanges ? " ip_duan:" : " user_group:");
+  print_host_list(answer, rule.type, rule.address_count, rule.v6_count);
 }
 
 // The rules of a list, each by the function, which reads on in the answer for what follows the rule.

@@ -61,11 +61,7 @@ bool parse_defaults(LimitDefaults& limits, const Args& args) {
 void print_rule(AnswerCursor& answer, const LimitRule& rule) {
   const char* const prot = rule.prot < kClassCount ? kClassNames[rule.prot] : "unknow";
   print("%s   %s  %d  %d  ", rule.name, prot, rule.max, rule.tm);
-  if (rule.kind == kHostRanges) {
-    print_addr_ranges(answer, rule.list_count, rule.v6_count);
-  } else {
-    print_number_ranges(answer, rule.list_count);
-  }
+  print_host_list(answer, rule.kind, rule.list_count, rule.v6_count);
   print("\n");
 }
 

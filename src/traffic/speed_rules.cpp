@@ -172,11 +172,7 @@ void print_block(AnswerCursor& answer) {
 
 void print_rule_lists(AnswerCursor& answer, const PriorityRule& rule, const char* dev, const char* thd,
                       const char* shibie) {
-  if (rule.type == kHostRanges) {
-    print_addr_ranges(answer, rule.address_count, rule.v6_count);
-  } else {
-    print_number_ranges(answer, rule.address_count);
-  }
+  print_host_list(answer, rule.type, rule.address_count, rule.v6_count);
   print("%s", dev);
   print_number_ranges(answer, rule.dev_count);
   print("%s", thd);
