@@ -6,7 +6,6 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
-#include <cerrno>
 #include <cstring>
 #include <filesystem>
 #include <stdexcept>
@@ -30,21 +29,11 @@ constexpr int kAppends = 1;  // a flag of f_write
 
 bool is_empty(const char* text) { return text == nullptr || *text == '\0'; }
 
-[[noreturn]] void fail(const std::string& path) { throw std::runtime_error(path + ": " + strerror(errno)); }
-
 // As much as there is room for. Returns the number of bytes.
 size_t read_start(const char* path, char* buffer, size_t room) {
   const File file(open(path, O_RDONLY | O_CLOEXEC));
-  if (!file.is_open()) fail(path);
-  size_t length = 0;
-  while (length < room) {
-    const ssize_t got = read(file.descriptor(), buffer + length, room - length);
-    if (got < 0 && errno == EINTR) continue;
-    if (got < 0) fail(path);
-    if (got == 0) break;
-    length += static_cast<size_t>(got);
-  }
-  return length;
+  if (!file.is_open()) throw_errno(path);
+  return read_all(file, path, buffer, room);
 }
 
 // Ours, and those of Linux, which may be built without any.
@@ -67,7 +56,7 @@ HttpDownload* load_client() {
 class TempFolder {
  public:
   TempFolder() {
-    if (mkdtemp(path_.data()) == nullptr) fail(path_);
+    if (mkdtemp(path_.data()) == nullptr) throw_errno(path_);
   }
   ~TempFolder() {
     std::error_code ignored;
@@ -143,7 +132,7 @@ int f_write(const char* path, const void* data, int length, int flags, uint32_t 
   const auto write = [=] {
     const int how = O_WRONLY | O_CREAT | O_CLOEXEC | (flags == kAppends ? O_APPEND : O_TRUNC);
     const File file(open(path, how, mode));
-    if (!file.is_open()) fail(path);
+    if (!file.is_open()) throw_errno(path);
     write_all(file, path, {static_cast<const char*>(data), static_cast<size_t>(length)});
     return length;
   };

@@ -6,7 +6,6 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
-#include <cerrno>
 #include <charconv>
 #include <cstdlib>
 #include <cstring>
@@ -42,8 +41,6 @@ long stall_seconds() {
   return seconds;
 }
 
-[[noreturn]] void fail(const std::string& path) { throw std::runtime_error(path + ": " + strerror(errno)); }
-
 // A file beside the one that it takes the place of when it is whole.
 class NewFile {
  public:
@@ -51,7 +48,7 @@ class NewFile {
       : path_(path),
         part_(path.substr(0, path.find_last_of('/') + 1) + ".download-XXXXXX"),
         file_(mkostemp(part_.data(), O_CLOEXEC)) {
-    if (!file_.is_open()) fail(part_);
+    if (!file_.is_open()) throw_errno(part_);
   }
   ~NewFile() {
     if (!part_.empty()) unlink(part_.c_str());
@@ -65,7 +62,7 @@ class NewFile {
     write_all(file_, path_, bytes);
   }
   void put_in_place() {
-    if (rename(part_.c_str(), path_.c_str()) != 0) fail(path_);
+    if (rename(part_.c_str(), path_.c_str()) != 0) throw_errno(path_);
     part_.clear();
   }
 

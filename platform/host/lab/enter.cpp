@@ -23,18 +23,17 @@
 #include <sstream>
 #include <stdexcept>
 
+#include "linux/file.h"
 #include "linux/process.h"
 
 namespace {
 
 using Words = std::vector<std::string>;
 
-[[noreturn]] void fail(const std::string& what) { throw std::runtime_error(what + ": " + strerror(errno)); }
-
 void write_file(const std::string& path, const std::string& text) {
   std::ofstream file(path);
   file << text << std::flush;
-  if (!file) fail(path);
+  if (!file) throw_errno(path);
 }
 
 // ---- Files ----
@@ -42,19 +41,20 @@ void write_file(const std::string& path, const std::string& text) {
 void mount_new(const char* type, const std::string& where, const std::string& options = "") {
   const char* const data = options.empty() ? nullptr : options.c_str();
   if (mount(type, where.c_str(), type, MS_NOSUID | MS_NODEV, data) != 0) {
-    fail(std::string("cannot mount ") + type + " on " + where);
+    throw_errno(std::string("cannot mount ") + type + " on " + where);
   }
 }
 
 void bind_mount(const std::string& from, const std::string& to) {
-  if (mount(from.c_str(), to.c_str(), nullptr, MS_BIND | MS_REC, nullptr) != 0) fail("cannot mount " + to);
+  if (mount(from.c_str(), to.c_str(), nullptr, MS_BIND | MS_REC, nullptr) != 0)
+    throw_errno("cannot mount " + to);
 }
 
 void set_read_only(const std::string& where, bool is_wanted, unsigned flags = 0) {
   mount_attr attributes = {};
   (is_wanted ? attributes.attr_set : attributes.attr_clr) = MOUNT_ATTR_RDONLY;
   if (mount_setattr(AT_FDCWD, where.c_str(), flags, &attributes, sizeof attributes) != 0) {
-    fail("cannot make " + where + " read-only");
+    throw_errno("cannot make " + where + " read-only");
   }
 }
 
@@ -64,7 +64,7 @@ using Keeps = std::function<bool(const std::string& name)>;
 void cover(const std::string& folder, const Keeps& keeps) {
   const int fd = open(folder.c_str(), O_PATH | O_DIRECTORY | O_CLOEXEC);
   struct stat found = {};
-  if (fd < 0 || fstat(fd, &found) != 0) fail(folder);
+  if (fd < 0 || fstat(fd, &found) != 0) throw_errno(folder);
   std::ostringstream mode;
   mode << "mode=" << std::oct << (found.st_mode & 07777);
   mount_new("tmpfs", folder, mode.str());
@@ -85,7 +85,7 @@ void cover(const std::string& folder, const Keeps& keeps) {
       write_file(path, "");
     }
     if (mount(entry.path().c_str(), path.c_str(), nullptr, MS_BIND | MS_REC, nullptr) == 0) continue;
-    if (errno != ENOENT) fail("cannot mount " + path);
+    if (errno != ENOENT) throw_errno("cannot mount " + path);
     std::filesystem::remove(path);  // others have taken it away meanwhile
   }
   close(fd);
@@ -115,7 +115,7 @@ void make_kernel_files() {
 }
 
 void make_files() {
-  if (mount("", "/", nullptr, MS_REC | MS_PRIVATE, nullptr) != 0) fail("cannot detach the mounts");
+  if (mount("", "/", nullptr, MS_REC | MS_PRIVATE, nullptr) != 0) throw_errno("cannot detach the mounts");
   set_read_only("/", true, AT_RECURSIVE);
   make_kernel_files();
   mount_new("tmpfs", "/run", "mode=755");
@@ -219,15 +219,15 @@ int live(bool has_routing, const Words& command, const std::string& folder) {
          (own + ":" + (path == nullptr ? "" : std::string(path) + ":") + "/usr/sbin:/usr/bin").c_str(), 1);
   setenv("VEK_STATE", "/run/vek", 1);
   unsetenv("VEK_FRR_VTY");
-  if (chdir(folder.c_str()) != 0) fail(folder);  // once more: it may be covered now
+  if (chdir(folder.c_str()) != 0) throw_errno(folder);  // once more: it may be covered now
 
   const pid_t child = fork();
-  if (child < 0) fail("fork");
+  if (child < 0) throw_errno("fork");
   if (child == 0) execute(command);
   for (int status = 0;;) {
     const pid_t ended = waitpid(-1, &status, 0);
     if (ended == child) return status_of(status);
-    if (ended < 0 && errno != EINTR) fail("wait");
+    if (ended < 0 && errno != EINTR) throw_errno("wait");
   }
 }
 
@@ -269,7 +269,7 @@ int enter(std::vector<std::string> command) {
   }
   const std::string folder = std::filesystem::current_path();
   int go[2];
-  if (pipe2(go, O_CLOEXEC) != 0) fail("pipe");
+  if (pipe2(go, O_CLOEXEC) != 0) throw_errno("pipe");
   signal(SIGINT, SIG_IGN);  // a terminal sends them to the command as well
   signal(SIGQUIT, SIG_IGN);
 
@@ -281,7 +281,7 @@ int enter(std::vector<std::string> command) {
     child = fork_into(kNamespaces);
   }
   if (child < 0) {
-    fail(
+    throw_errno(
         "no namespaces: the kernel has to allow users theirs (kernel.unprivileged_userns_clone, "
         "kernel.apparmor_restrict_unprivileged_userns, user.max_user_namespaces), or run it as root");
   }
@@ -292,7 +292,7 @@ int enter(std::vector<std::string> command) {
     if (read(go[0], &byte, 1) != 1) _exit(1);
     int status = 1;
     try {
-      if (has_users && (setresgid(0, 0, 0) != 0 || setresuid(0, 0, 0) != 0)) fail("cannot be root");
+      if (has_users && (setresgid(0, 0, 0) != 0 || setresuid(0, 0, 0) != 0)) throw_errno("cannot be root");
       status = live(has_routing, command, folder);
     } catch (const std::exception& error) {
       fprintf(stderr, "vek-lab: %s\n", error.what());
@@ -302,7 +302,7 @@ int enter(std::vector<std::string> command) {
   close(go[0]);
   try {
     if (has_users) map_ids(child);
-    if (write(go[1], "", 1) != 1) fail("pipe");
+    if (write(go[1], "", 1) != 1) throw_errno("pipe");
   } catch (...) {
     close(go[1]);
     waitpid(child, nullptr, 0);

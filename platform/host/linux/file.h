@@ -19,7 +19,13 @@ class File {
   int descriptor_;
 };
 
+// Throws what errno says of it, as std::runtime_error("WHAT: why").
+[[noreturn]] void throw_errno(const std::string& what);
+
 // All throw when it cannot be done; the text says which file and why.
+
+// Reads up to the end, or until there is no more room. Returns the number of bytes.
+size_t read_all(const File& file, const std::string& path, char* buffer, size_t room);
 
 // All that a regular file holds, `most` bytes at the most.
 std::string read_file(const std::string& path, size_t most);

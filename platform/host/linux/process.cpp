@@ -15,6 +15,8 @@
 #include <memory>
 #include <stdexcept>
 
+#include "linux/file.h"
+
 extern "C" {
 #include <sys/pidfd.h>  // written for C alone in version 2.36 of the C library
 }
@@ -75,7 +77,7 @@ pid_t spawn(char* const argv[], const FileActions& actions) {
 int wait_for(pid_t child) {
   int status = 0;
   while (waitpid(child, &status, 0) < 0) {
-    if (errno != EINTR) throw std::runtime_error(std::string("a program's end: ") + strerror(errno));
+    if (errno != EINTR) throw_errno("a program's end");
   }
   return WIFEXITED(status) ? WEXITSTATUS(status) : 128 + WTERMSIG(status);
 }
@@ -126,9 +128,9 @@ int run_program(const std::vector<std::string>& words, Output output) {
 ProgramEnd read_program(const std::vector<std::string>& words) {
   const ChildSignal child_signal;
   int ends[2];
-  if (pipe2(ends, O_CLOEXEC) != 0) throw std::runtime_error(std::string("pipe: ") + strerror(errno));
-  const std::unique_ptr<FILE, FileCloser> output(fdopen(ends[0], "r"));
-  std::unique_ptr<FILE, FileCloser> input(fdopen(ends[1], "w"));
+  if (pipe2(ends, O_CLOEXEC) != 0) throw_errno("pipe");
+  const File output(ends[0]);
+  std::optional<File> input(ends[1]);
   FileActions actions;
   actions.lead(STDOUT_FILENO, ends[1]);
   actions.open(STDERR_FILENO, "/dev/null", O_WRONLY);
@@ -136,7 +138,7 @@ ProgramEnd read_program(const std::vector<std::string>& words) {
   input.reset();
   ProgramEnd end = {};
   char piece[4096];
-  for (size_t got = 0; (got = fread(piece, 1, sizeof piece, output.get())) > 0;) {
+  for (size_t got = 0; (got = read_all(output, words[0], piece, sizeof piece)) > 0;) {
     end.output.append(piece, got);
   }
   end.status = wait_for(child);
@@ -168,7 +170,7 @@ std::optional<Process> find_process(int64_t pid) {
   char line[1024];
   if (file == nullptr || fgets(line, sizeof line, file.get()) == nullptr) {
     if (errno != 0 && errno != ENOENT && errno != ESRCH) {  // it may be alive
-      throw std::runtime_error(path + ": " + strerror(errno));
+      throw_errno(path);
     }
     return {};
   }

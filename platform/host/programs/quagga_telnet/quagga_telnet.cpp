@@ -6,297 +6,41 @@
 //   4 2 parm          init
 //   4 3 info          database, route, neighbor, interface
 //   2 0 subnet        add SUBNET AREA, del SUBNET AREA, delall, init
-//   2 1 interface     mod DEV IP PASSIVE AUTH PASSWORD COST AGE HELLO PRI RETRANS NETWORK, add, del, delall,
-//   init 2 2 parm          init: with the id that "vek ospf router_id" has set 2 3 vlink         add AREA ID
-//   HELLO RETRANS DELAY AGE AUTH PASSWORD, del AREA ID, delall, init 2 4 info          database, route,
-//   neighbor, interface 3 0 subnet        add SUBNET, del SUBNET, delall, init 3 1 keychain      add NAME
-//   KEY_ID KEY, del NAME, init 3 2 interface     mod DEV IP PASSIVE AUTH TYPE PASSWORD SPLIT SEND RECEIVE,
-//   add DEV, del DEV, delall, init 3 3 parm          init, delall 3 4 info          get 5 0 dev           add
-//   DEV, del DEV, delall, init 5 1 interface     mod DEV PASSIVE SPLIT, add DEV, del DEV, delall, init 5 2
-//   parm          init, delall 5 3 info          get 1 0 router        add DST GW DEV, del DST GW DEV, info,
-//   init
+//   2 1 interface     mod DEV IP PASSIVE AUTH PASSWORD COST AGE HELLO PRI RETRANS NETWORK,
+//                     add DEV, del DEV, delall, init
+//   2 2 parm          init: with the id that "vek ospf router_id" has set
+//   2 3 vlink         add AREA ID HELLO RETRANS DELAY AGE AUTH PASSWORD, del AREA ID, delall, init
+//   2 4 info          database, route, neighbor, interface
+//   3 0 subnet        add SUBNET, del SUBNET, delall, init
+//   3 1 keychain      add NAME KEY_ID KEY, del NAME, init
+//   3 2 interface     mod DEV IP PASSIVE AUTH TYPE PASSWORD SPLIT SEND RECEIVE,
+//                     add DEV, del DEV, delall, init
+//   3 3 parm          init, delall
+//   3 4 info          get
+//   5 0 dev           add DEV, del DEV, delall, init
+//   5 1 interface     mod DEV PASSIVE SPLIT, add DEV, del DEV, delall, init
+//   5 2 parm          init, delall
+//   5 3 info          get
+//   1 0 router        add DST GW DEV, del DST GW DEV, info, init
 //
 // AUTH is none (0), text (1) or md5 (2), TYPE string (0) or keychain (1), SPLIT 0, 1 or 2 (with poisoned
 // reverse), SEND and RECEIVE 1, 2 or "1 2", PASSIVE 0 or 1. An empty word is the default; an empty IP (or
 // 0.0.0.0) all of the interface's addresses, an empty GW or DEV none. delall takes away all that the section
 // has; so does init, and then starts the protocol.
 #include <arpa/inet.h>
-#include <ifaddrs.h>
-#include <net/if.h>
 
 #include <algorithm>
 #include <array>
-#include <charconv>
 #include <cstdio>
-#include <cstdlib>
-#include <cstring>
-#include <functional>
-#include <optional>
-#include <sstream>
 #include <stdexcept>
 
-#include "linux/process.h"
 #include "platform/order.h"
+#include "programs/quagga_telnet/frr.h"
+#include "programs/quagga_telnet/words.h"
 #include "records/general.h"
 #include "records/order.h"
 
 namespace {
-
-using Words = std::vector<std::string>;
-
-[[noreturn]] void refuse(const std::string& why) { throw std::runtime_error(why); }
-
-// ---- FRR ----
-
-// Runs the commands up to the first that fails. They hold passwords: no history is written.
-std::string vtysh(const Words& commands) {
-  Words words = {"vtysh", "-H", "/dev/null"};
-  const char* const folder = getenv("VEK_FRR_VTY");
-  if (folder != nullptr) words.insert(words.end(), {"--vty_socket", folder});
-  for (const std::string& command : commands) words.insert(words.end(), {"-c", command});
-  const ProgramEnd end = read_program(words);
-  if (end.status == 0) return end.output;
-  if (!end.output.empty()) refuse(end.output.substr(0, end.output.find_last_not_of('\n') + 1));
-  refuse(std::string("no daemon of FRR answers at ") + (folder == nullptr ? "/run/frr" : folder));
-}
-
-// A line of the running configuration, and those that are indented below it.
-struct Block {
-  std::string head;
-  Words lines;
-};
-
-struct Running {
-  Words daemons;
-  std::vector<Block> blocks;
-};
-std::optional<Running> known;  // until the next change
-
-void configure(Words lines) {
-  known.reset();
-  lines.insert(lines.begin(), "configure terminal");
-  vtysh(lines);
-}
-
-Words words_of(const std::string& line) {
-  std::istringstream text(line);
-  text.exceptions(std::ios::badbit);  // no part is taken for the whole when there is no memory
-  Words words;
-  for (std::string word; text >> word;) words.push_back(word);
-  return words;
-}
-
-// A line as it would be given: some are shown with more blanks, and with defaults that older ones do not
-// know.
-std::string plain(const std::string& line) {
-  std::string text(std::min(line.find_first_not_of(' '), line.size()), ' ');
-  for (const std::string& word : words_of(line)) {
-    if (!text.empty() && text.back() != ' ') text += " ";
-    text += word;
-  }
-  const std::string known_default = " retransmit-window 50";
-  const size_t at = text.find(known_default);
-  return at == text.npos ? text : text.erase(at, known_default.size());
-}
-
-const Running& running() {
-  if (known) return *known;
-  std::istringstream text(vtysh({"show daemons", "show running-config"}));
-  text.exceptions(std::ios::badbit);
-  Running all;
-  std::string line;
-  std::getline(text, line);
-  all.daemons = words_of(line);
-  while (std::getline(text, line)) {
-    line = plain(line);
-    if (line.starts_with(' ') && !all.blocks.empty()) {
-      all.blocks.back().lines.push_back(line.substr(1));
-    } else if (!line.empty()) {
-      all.blocks.push_back({line, {}});
-    }
-  }
-  known = std::move(all);
-  return *known;
-}
-
-bool has_block(const std::string& head) {
-  return std::ranges::find(running().blocks, head, &Block::head) != running().blocks.end();
-}
-
-using Owns = std::function<bool(const std::string& line)>;
-
-Words owned(const std::string& head, const Owns& owns) {
-  Words lines;
-  for (const Block& block : running().blocks) {
-    if (block.head == head) std::ranges::copy_if(block.lines, std::back_inserter(lines), owns);
-  }
-  return lines;
-}
-
-std::string without_no(const std::string& line) { return line.starts_with("no ") ? line.substr(3) : line; }
-bool is_vlink(const std::string& line) { return line.find(" virtual-link ") != line.npos; }
-
-// The line that takes another back.
-std::string inverse(const std::string& line) {
-  // "no" means no split horizon at all.
-  const size_t split = line.find("split-horizon");
-  if (split != line.npos) return without_no(line).substr(0, without_no(line).find("split-horizon") + 13);
-  if (line.starts_with("no ")) return line.substr(3);
-  if (!is_vlink(line)) return "no " + line;
-  // All lines of a virtual link go at once.
-  const Words words = words_of(line);
-  return "no " + words[0] + " " + words[1] + " " + words[2] + " " + words[3];
-}
-
-bool contains(const Words& lines, const std::string& line) {
-  return std::ranges::find(lines, line) != lines.end();
-}
-
-void change(const std::string& head, const Words& before, const Words& wanted) {
-  Words commands;
-  for (const std::string& line : before) {
-    if (!contains(wanted, line) && !contains(commands, inverse(line))) commands.push_back(inverse(line));
-  }
-  const bool is_whole = !commands.empty() && is_vlink(commands[0]);
-  for (const std::string& line : wanted) {
-    if (is_whole || !contains(before, line)) commands.push_back(line);
-  }
-  if (commands.empty()) return;
-  commands.insert(commands.begin(), head);
-  configure(commands);
-}
-
-// Puts the wanted lines in the place of those below the head that are owned; what stays is not touched. Where
-// FRR refuses one, everything is as it was.
-void settle(const std::string& head, const Owns& owns, const Words& wanted) {
-  const Words before = owned(head, owns);
-  try {
-    change(head, before, wanted);
-  } catch (...) {
-    change(head, owned(head, owns), before);
-    throw;
-  }
-}
-
-void take_away(const std::string& head, const Owns& owns) {
-  const Words before = owned(head, owns);
-  if (before.empty()) refuse("no such entry");
-  change(head, before, {});
-}
-
-// ---- Words: none becomes part of a line unread ----
-
-[[noreturn]] void refuse_word(const char* what, const std::string& word) {
-  std::string shown = word.substr(0, 40);
-  for (char& c : shown) c = c < ' ' || c > '~' ? '?' : c;
-  refuse(std::string("bad ") + what + " '" + shown + "'");
-}
-
-std::optional<uint32_t> number_of(const std::string& word) {
-  uint32_t value = 0;
-  const char* const end = word.data() + word.size();
-  const auto [at, error] = std::from_chars(word.data(), end, value);
-  if (word.empty() || error != std::errc() || at != end) return {};
-  return value;
-}
-
-std::string number(const char* what, const std::string& word, uint32_t least, uint32_t most) {
-  const std::optional<uint32_t> value = number_of(word);
-  if (!value || *value < least || *value > most) refuse_word(what, word);
-  return std::to_string(*value);
-}
-
-template <int family>
-std::string address(const char* what, const std::string& word) {
-  unsigned char bytes[16];
-  char text[INET6_ADDRSTRLEN];
-  if (strlen(word.c_str()) != word.size() || inet_pton(family, word.c_str(), bytes) != 1) {
-    refuse_word(what, word);
-  }
-  return inet_ntop(family, bytes, text, sizeof text);
-}
-
-// An address and a length, with nothing behind the length.
-template <int family>
-std::string network(const std::string& word) {
-  constexpr uint32_t kMost = family == AF_INET ? 32 : 128;
-  const size_t slash = std::min(word.find('/'), word.size());
-  const std::string base = address<family>("network", word.substr(0, slash));
-  const std::optional<uint32_t> length =
-      slash < word.size() ? number_of(word.substr(slash + 1)) : std::nullopt;
-  if (!length || *length > kMost) refuse_word("network", word);
-  unsigned char bytes[16] = {};
-  inet_pton(family, base.c_str(), bytes);
-  for (uint32_t bit = *length; bit < kMost; ++bit) {
-    if ((bytes[bit / 8] >> (7 - bit % 8) & 1) != 0)
-      refuse("network '" + word + "' has bits behind its length");
-  }
-  return base + "/" + std::to_string(*length);
-}
-
-// One that is there: a misspelt one would wait for ever.
-std::string device(const std::string& word) {
-  if (if_nametoindex(word.c_str()) == 0) refuse_word("interface", word);
-  return word;
-}
-// One that may have gone.
-std::string device_name(const std::string& word) {
-  const bool is_name = !word.empty() && word.size() < IF_NAMESIZE &&
-                       std::ranges::all_of(word, [](char c) { return c > ' ' && c <= '~' && c != '/'; });
-  if (!is_name || word.find('|') != word.npos) refuse_word("interface", word);
-  return word;
-}
-
-// Empty for all of the interface.
-std::string address_of(const std::string& dev, const std::string& word) {
-  if (word.empty() || word == "0.0.0.0") return {};
-  std::string wanted = address<AF_INET>("address", word);
-  ifaddrs* all = nullptr;
-  if (getifaddrs(&all) != 0) refuse("the addresses of interfaces cannot be read");
-  bool is_there = false;
-  for (const ifaddrs* each = all; each != nullptr; each = each->ifa_next) {
-    if (each->ifa_addr == nullptr || each->ifa_addr->sa_family != AF_INET || dev != each->ifa_name) continue;
-    char text[INET_ADDRSTRLEN];
-    const auto* const ip = reinterpret_cast<const sockaddr_in*>(each->ifa_addr);
-    is_there = is_there || wanted == inet_ntop(AF_INET, &ip->sin_addr, text, sizeof text);
-  }
-  freeifaddrs(all);
-  if (!is_there) refuse("interface " + dev + " has no address " + wanted);
-  return wanted;
-}
-
-// As FRR takes it: a number, or written as an address.
-std::string area(const std::string& word) {
-  return word.find('.') == word.npos ? number("area", word, 0, UINT32_MAX) : address<AF_INET>("area", word);
-}
-bool is_same_area(const std::string& one, const std::string& other) {
-  const auto value = [](const std::string& text) {
-    in_addr dotted = {};
-    if (inet_pton(AF_INET, text.c_str(), &dotted) == 1) return std::optional(ntohl(dotted.s_addr));
-    return number_of(text);
-  };
-  return value(one) == value(other);
-}
-
-// A word of FRR's lines that only its users know. "|" would start a filter.
-std::string token(const char* what, const std::string& word, size_t most) {
-  const bool is_good = !word.empty() && word.size() <= most &&
-                       std::ranges::all_of(word, [](char c) { return c > ' ' && c <= '~' && c != '|'; });
-  if (!is_good) refuse_word(what, word);
-  return word;
-}
-
-// The place among the choices of a word or its number; that of the first where there is none.
-size_t choice(const char* what, const std::string& word, std::initializer_list<const char*> choices) {
-  if (word.empty()) return 0;
-  const auto found = std::ranges::find(choices, word);
-  if (found != choices.end()) return static_cast<size_t>(found - choices.begin());
-  const std::optional<uint32_t> value = number_of(word);
-  if (!value || *value >= choices.size()) refuse_word(what, word);
-  return *value;
-}
-enum Auth : size_t { kNoAuth, kTextAuth, kMd5Auth };
-size_t auth_mode(const std::string& word) { return choice("authentication", word, {"none", "text", "md5"}); }
 
 // ---- What the sections have ----
 
@@ -480,7 +224,7 @@ void mod_ospf6_interface(const Section& section, const Words& words) {
 // -- OSPF --
 
 void add_ospf_subnet(const Section& section, const Words& words) {
-  const std::string subnet = network<AF_INET>(words[0]);
+  const std::string subnet = network(AF_INET, words[0]);
   const std::string where = area(words[1]);
   for (const std::string& line : owned(section.process, lines_of(section))) {
     const Words there = words_of(line);
@@ -492,7 +236,7 @@ void add_ospf_subnet(const Section& section, const Words& words) {
 }
 
 void del_ospf_subnet(const Section& section, const Words& words) {
-  const std::string subnet = network<AF_INET>(words[0]);
+  const std::string subnet = network(AF_INET, words[0]);
   const std::string where = words[1].empty() ? "" : area(words[1]);
   take_away(section.process, [&](const std::string& line) {
     const Words there = words_of(line);
@@ -556,7 +300,7 @@ Owns vlink_of(const std::string& where, const std::string& id) {
 
 void add_vlink(const Section& section, const Words& words) {
   const std::string where = area(words[0]);
-  const std::string id = address<AF_INET>("router id", words[1]);
+  const std::string id = address(AF_INET, "router id", words[1]);
   if (id == "0.0.0.0") refuse_word("router id", id);
   check_age(words[5], words[2]);
   const std::string begin = "area " + where + " virtual-link " + id;
@@ -574,13 +318,13 @@ void add_vlink(const Section& section, const Words& words) {
 }
 
 void del_vlink(const Section& section, const Words& words) {
-  take_away(section.process, vlink_of(area(words[0]), address<AF_INET>("router id", words[1])));
+  take_away(section.process, vlink_of(area(words[0]), address(AF_INET, "router id", words[1])));
 }
 
 // -- RIP and RIPng --
 
 std::string rip_network(const Section& section, const std::string& word) {
-  return "network " + (section.protocol == 3 ? network<AF_INET>(word) : device_name(word));
+  return "network " + (section.protocol == 3 ? network(AF_INET, word) : device_name(word));
 }
 
 void add_rip_subnet(const Section& section, const Words& words) {
@@ -643,7 +387,7 @@ void mod_ripng_interface(const Section& section, const Words& words) {
 // -- Static routes --
 
 std::string route_line(const Words& words, std::string (*device_of)(const std::string&)) {
-  const std::string destination = network<AF_INET6>(words[0]);
+  const std::string destination = network(AF_INET6, words[0]);
   in6_addr to = {};
   inet_pton(AF_INET6, destination.substr(0, destination.find('/')).c_str(), &to);
   if (IN6_IS_ADDR_MULTICAST(&to) || IN6_IS_ADDR_V4MAPPED(&to)) refuse_word("network", words[0]);
@@ -651,7 +395,7 @@ std::string route_line(const Words& words, std::string (*device_of)(const std::s
   const bool has_gateway = !words[1].empty() && words[1] != "::";
   if (!has_gateway && words[2].empty()) refuse("a route needs a gateway or an interface");
   if (has_gateway) {
-    const std::string gateway = address<AF_INET6>("gateway", words[1]);
+    const std::string gateway = address(AF_INET6, "gateway", words[1]);
     in6_addr ip = {};
     inet_pton(AF_INET6, gateway.c_str(), &ip);
     if (IN6_IS_ADDR_MULTICAST(&ip) || IN6_IS_ADDR_LOOPBACK(&ip)) refuse_word("gateway", gateway);
@@ -726,7 +470,9 @@ void run(const Words& words) {
     const Section& section = *std::ranges::find_if(kSections, [&](const Section& each) {
       return each.protocol == action.protocol && each.number == action.section;
     });
-    if (!contains(running().daemons, section.daemon)) refuse(std::string(section.daemon) + " is not running");
+    if (std::ranges::find(running().daemons, section.daemon) == running().daemons.end()) {
+      refuse(std::string(section.daemon) + " is not running");
+    }
     if (action.run != nullptr) {
       action.run(section, others);
     } else {
