@@ -4,6 +4,8 @@
 // each), and the answers: for each call of the gateway a byte for what it returns, the result code, and
 // pieces (offset, length, bytes) that are written over the record; for each call of another function a byte
 // for what it returns (127: two more bytes say), a length, and as many bytes to fill in.
+//
+// One mutation in four writes a field of the first answer, as the records' descriptions have it.
 #include <sys/types.h>
 
 #include <algorithm>
@@ -11,12 +13,16 @@
 #include <cstdlib>
 #include <cstring>
 #include <memory>
+#include <optional>
+#include <random>
 #include <vector>
 
 #include "main/command_table.h"
 #include "platform/order.h"
 #include "records/order.h"
 #include "script.h"
+#include "shell/records.h"
+#include "shell/words.h"
 
 namespace {
 
@@ -25,6 +31,7 @@ class Input {
   Input(const uint8_t* data, size_t size) : at_(data), left_(size) {}
 
   bool empty() const { return left_ == 0; }
+  const uint8_t* here() const { return at_; }
   template <typename T>
   T number() {
     T value = 0;
@@ -48,8 +55,17 @@ class Input {
 
 Input answers(nullptr, 0);
 
+// What the first order was answered, and where the input says so.
+struct FirstAnswer {
+  const uint8_t* pieces;
+  const uint8_t* end;
+  std::vector<uint8_t> record;
+};
+std::optional<FirstAnswer> first_answer;
+
 // The gateway wears out: some commands ask until it fails.
 constexpr int kMaxCalls = 16;
+constexpr uint32_t kEnough = 4096;  // of an answer, to be mutated by its fields
 int calls = 0;
 
 // A word in storage of its own size, so that the sanitizer sees a step beyond it.
@@ -73,11 +89,17 @@ uint32_t short_limit(const uint8_t* data, size_t size) {
 
 }  // namespace
 
+// The words come from tables that are not in this program.
+const std::span<const CommandWords> kCommandWords;
+
 uint32_t record_limit = 0;
+
+extern "C" size_t LLVMFuzzerMutate(uint8_t* data, size_t size, size_t most);
 
 const char* const tvlret_err_str[52] = {nullptr, "an error"};
 
 int tesvel_order_opt_fun(void* record, uint32_t length) {
+  const uint8_t* const start = answers.here();
   auto pieces = answers.number<uint8_t>();
   if (pieces == 255 || ++calls > kMaxCalls) return -1;
   auto* bytes = static_cast<uint8_t*>(record);
@@ -86,6 +108,7 @@ int tesvel_order_opt_fun(void* record, uint32_t length) {
     const uint32_t size = answers.number<uint8_t>();
     answers.take(bytes + offset, size < length - offset ? size : length - offset);
   }
+  if (!first_answer) first_answer = {start, answers.here(), {bytes, bytes + std::min(length, kEnough)}};
   return 0;
 }
 
@@ -119,6 +142,69 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
   for (size_t i = 0; i < count; ++i) argv[i] = words[i].get();
   answers = input;
   calls = 0;
+  first_answer.reset();
   run_command(static_cast<int>(count), argv.get());
   return 0;
+}
+
+namespace {
+
+// One of the fields that a record has, each with the same chance.
+class FieldPicker : public RecordVisitor {
+ public:
+  explicit FieldPicker(std::minstd_rand& random) : random_(random) {}
+  const std::optional<Field>& picked() const { return picked_; }
+
+  void begin_record(std::string_view, uint32_t) override {}
+  void end_record() override {}
+  void begin_list(std::string_view, uint32_t, int64_t) override {}
+  void end_list() override {}
+  void rest(uint32_t, std::span<const uint8_t>) override {}
+  void field(const Field& field) override {
+    if (random_() % ++fields_ == 0) picked_ = field;
+  }
+
+ private:
+  std::minstd_rand& random_;
+  uint32_t fields_ = 0;
+  std::optional<Field> picked_;
+};
+
+// A piece of an answer that writes other bytes over one of its fields; empty where no field is known.
+std::vector<uint8_t> field_piece(const std::vector<uint8_t>& record, std::minstd_rand& random) {
+  OrderRecord header;
+  memcpy(&header, record.data(), sizeof header);
+  FieldPicker picker(random);
+  decode({header.module, header.command, true, header.result, std::span(record).subspan(sizeof header)},
+         picker);
+  if (!picker.picked()) return {};
+  const auto offset = static_cast<uint32_t>(sizeof header + picker.picked()->offset);
+  const auto size = static_cast<uint8_t>(std::min<size_t>(picker.picked()->bytes.size(), UINT8_MAX));
+  std::vector<uint8_t> piece(sizeof offset + sizeof size + size);
+  uint8_t* const bytes = piece.data() + sizeof offset + sizeof size;
+  memcpy(piece.data(), &offset, sizeof offset);
+  piece[sizeof offset] = size;
+  memcpy(bytes, picker.picked()->bytes.data(), size);
+  LLVMFuzzerMutate(bytes, size, size);
+  return piece;
+}
+
+}  // namespace
+
+extern "C" size_t LLVMFuzzerCustomMutator(uint8_t* data, size_t size, size_t most, unsigned seed) {
+  std::minstd_rand random(seed);
+  if (random() % 4 != 0) return LLVMFuzzerMutate(data, size, most);
+  LLVMFuzzerTestOneInput(data, size);
+  const std::vector<uint8_t> piece =
+      first_answer ? field_piece(first_answer->record, random) : std::vector<uint8_t>();
+  const bool has_count = first_answer && first_answer->pieces < data + size;
+  const bool has_room = piece.size() <= most - size;
+  if (piece.empty() || !has_count || !has_room || *first_answer->pieces >= 254) {
+    return LLVMFuzzerMutate(data, size, most);
+  }
+  const auto at = static_cast<size_t>(first_answer->end - data);
+  ++data[first_answer->pieces - data];
+  memmove(data + at + piece.size(), data + at, size - at);
+  std::copy(piece.begin(), piece.end(), data + at);
+  return size + piece.size();
 }
