@@ -18,6 +18,7 @@ bool parse_account(UserRequest& user, const Args& args) {
   } else {  // what is no address, or no MAC below, binds nothing
     V4Range range = {};
     get_iplist_str_max(&range, args[6], 1);
+    if (memcmp(&range, &kNotUnderstood<V4Range>, sizeof range) == 0) range = {};
     user.ip_start = range.first;
     user.ip_end = range.last;
     if (range.first.value != 0) flags = kUserFixedIp;

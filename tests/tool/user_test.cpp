@@ -16,6 +16,7 @@ TEST(User, Accounts) {
   adds("10.0.0.5 next x", "260:u32 0x0A000005 0x0A000005 308:u16 0x11");
   adds("0.0.0.0-0.0.0.0 00-11 offpppoe", "308:u16 0x24");
   adds("0.0.0.0-0.0.0.9 zz WEB", "264:u32 9");
+  adds("10.0.0.x next web", "308:u16 0x50");
   sends("user add {a}*200 {b}*200 -1 next next web -1 {c}*200 0x10 4294967296 GX 01 ignored", {16, 4},
         "0:text {a}*63 64:text {b}*63 128:text {c}*127 272:u32 -1 16 -1 290:u8 -1 308:u16 0x58");
   sends("user del alice", {16, 8}, "0:text alice");

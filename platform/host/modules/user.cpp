@@ -33,7 +33,7 @@ void check_account(const UserRequest& user) {
   if ((user.flags & kUserFixedIp) != 0) {
     check_element(V4Range{user.ip_start, user.ip_end});
   } else {
-    refuse_unless(user.ip_end.value == 0, kBadAddress);
+    refuse_unless((user.flags & kUserAnyIp) != 0 && user.ip_end.value == 0, kBadAddress);
   }
   refuse_unless((user.flags & kUserAnyMac) != 0 || is_host_mac(user.mac), kBadMac);
   refuse_unless((user.flags & (kUserPppoe | kUserWeb | kUserOff)) != 0, kBadType);
