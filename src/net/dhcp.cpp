@@ -17,7 +17,8 @@ namespace {
 // The first address of each of a list's first three ranges. Returns how many there are.
 int take_addresses(HostIp4 (&addresses)[3], const char* list) {
   V4Range ranges[3];
-  const int count = get_iplist_str_max(ranges, list, 3);
+  // What is returned may be how many there are in the list.
+  const int count = std::min(get_iplist_str_max(ranges, list, 3), 3);
   for (int i = 0; i < count; ++i) addresses[i] = ranges[i].first;
   return count;
 }
