@@ -3,6 +3,8 @@
 
 #include <arpa/inet.h>
 
+#include <algorithm>
+#include <array>
 #include <bit>
 #include <charconv>
 #include <cstring>
@@ -39,28 +41,33 @@ size_t character_length(std::string_view text) {
   return length;
 }
 
-void append_escaped(std::string& out, char c) {
-  switch (c) {
-    case '"':
-      out += "\\\"";
-      break;
-    case '\\':
-      out += "\\\\";
-      break;
-    case '\n':
-      out += "\\n";
-      break;
-    case '\t':
-      out += "\\t";
-      break;
-    case '\r':
-      out += "\\r";
-      break;
-    default:
-      out += "\\u00";
-      const auto byte = static_cast<uint8_t>(c);
-      append_hex(out, {&byte, 1});
+constexpr auto kIsPlain = [] {
+  std::array<bool, 256> is_plain = {};
+  for (int c = 0x20; c < 0x7f; ++c) is_plain[static_cast<size_t>(c)] = c != '"' && c != '\\';
+  return is_plain;
+}();
+
+char* write_escaped(char* to, char c) {
+  constexpr std::string_view kShort = "\"\\\n\t\r";
+  constexpr std::string_view kLetters = "\"\\ntr";
+  *to++ = '\\';
+  const size_t place = kShort.find(c);
+  if (place != kShort.npos) {
+    *to++ = kLetters[place];
+    return to;
   }
+  to = std::ranges::copy(std::string_view("u00"), to).out;
+  const auto byte = static_cast<uint8_t>(c);
+  return write_hex(to, {&byte, 1});
+}
+
+// Makes room for what `write` writes there at the most.
+template <typename Write>
+void append(std::string& out, size_t most, Write write) {
+  const size_t before = out.size();
+  out.resize(before + most);
+  const char* const end = write(out.data() + before);
+  out.resize(static_cast<size_t>(end - out.data()));
 }
 
 }  // namespace
@@ -85,64 +92,66 @@ uint64_t number_of(const FieldType& type, const uint8_t* at) {
   }
 }
 
-void append_number(std::string& out, uint64_t number) {
-  char room[20];
-  const auto end = std::to_chars(room, std::end(room), number);
-  out.append(room, end.ptr);
+char* write_number(char* to, uint64_t number) {
+  if (number < 10) {
+    *to = static_cast<char>('0' + number);
+    return to + 1;
+  }
+  return std::to_chars(to, to + kValueRoom, number).ptr;
 }
 
-void append_hex(std::string& out, std::span<const uint8_t> bytes) {
+char* write_hex(char* to, std::span<const uint8_t> bytes) {
   constexpr char kDigits[] = "0123456789abcdef";
   for (const uint8_t byte : bytes) {
-    out += kDigits[byte >> 4];
-    out += kDigits[byte & 15];
+    *to++ = kDigits[byte >> 4];
+    *to++ = kDigits[byte & 15];
   }
+  return to;
 }
 
-void append_value(std::string& out, const FieldType& type, const uint8_t* at) {
-  char room[64];
+char* write_value(char* to, const FieldType& type, const uint8_t* at) {
+  const char* text = "";
   switch (type.kind) {
     case FieldType::kIp4:
-      out += IpToStr(room, read<uint32_t>(at));
+      text = IpToStr(to, read<uint32_t>(at));
       break;
     case FieldType::kHostIp4:
-      out += IpToStr(room, htonl(read<uint32_t>(at)));
+      text = IpToStr(to, htonl(read<uint32_t>(at)));
       break;
     case FieldType::kIp6:
-      out += Ip6ToStr(room, at);
+      text = Ip6ToStr(to, at);
       break;
     case FieldType::kIpAddress: {
       const auto family = read<uint32_t>(at);
-      if (family == 4 || family == 6) out += IpaddrToStr(room, at);
+      if (family != 4 && family != 6) return to;
+      text = IpaddrToStr(to, at);
       break;
     }
     case FieldType::kMac:
-      out += MacToStr(room, at);
+      text = MacToStr(to, at);
       break;
-    case FieldType::kSigned: {
-      const auto end = std::to_chars(room, std::end(room), static_cast<int64_t>(number_of(type, at)));
-      out.append(room, end.ptr);
-      break;
-    }
+    case FieldType::kSigned:
+      return std::to_chars(to, to + kValueRoom, static_cast<int64_t>(number_of(type, at))).ptr;
     default:
-      append_number(out, number_of(type, at));
+      return write_number(to, number_of(type, at));
   }
+  return to + strlen(text);
 }
 
-void append_bits(std::string& out, const FieldType& type, const uint8_t* at) {
-  const char* separator = "";
-  const auto append_word = [&](uint64_t word, uint32_t first) {
+char* write_bits(char* to, const FieldType& type, const uint8_t* at) {
+  const char* const start = to;
+  const auto write_word = [&](uint64_t word, uint32_t first) {
     for (; word != 0; word &= word - 1) {
-      out += separator;
-      append_number(out, first + static_cast<uint32_t>(std::countr_zero(word)));
-      separator = ",";
+      if (to != start) *to++ = ',';
+      to = write_number(to, first + static_cast<uint32_t>(std::countr_zero(word)));
     }
   };
   if (type.kind == FieldType::kBits) {
-    append_word(number_of(type, at), 0);
+    write_word(number_of(type, at), 0);
   } else {
-    for (uint32_t i = 0; i < type.size; i += 8) append_word(read<uint64_t>(at + i), i * 8);
+    for (uint32_t i = 0; i < type.size; i += 8) write_word(read<uint64_t>(at + i), i * 8);
   }
+  return to;
 }
 
 std::string_view characters_of(const Field& field) {
@@ -151,27 +160,36 @@ std::string_view characters_of(const Field& field) {
   return {text, field.type->kind == FieldType::kText ? strnlen(text, size) : size};
 }
 
-void append_quoted(std::string& out, std::string_view text) {
-  out += '"';
-  while (!text.empty()) {
-    size_t plain = 0;
-    while (plain < text.size()) {
-      const auto byte = static_cast<uint8_t>(text[plain]);
-      if (byte < 0x20 || byte >= 0x7f || byte == '"' || byte == '\\') break;
-      ++plain;
-    }
-    out.append(text.substr(0, plain));
-    text.remove_prefix(plain);
-    if (text.empty()) break;
-    const size_t length = character_length(text);
-    if (length > 1) {
-      out.append(text.substr(0, length));
-    } else if (length == 1) {
-      append_escaped(out, text[0]);
+char* write_quoted(char* to, std::string_view text) {
+  *to++ = '"';
+  for (size_t at = 0; at < text.size();) {
+    const auto byte = static_cast<uint8_t>(text[at]);
+    if (kIsPlain[byte]) {
+      *to++ = text[at++];
+    } else if (byte < 0x80) {
+      to = write_escaped(to, text[at++]);
     } else {
-      out += "\xef\xbf\xbd";
+      const size_t length = character_length(text.substr(at));
+      to = std::ranges::copy(length == 0 ? "\xef\xbf\xbd" : text.substr(at, length), to).out;
+      at += std::max<size_t>(length, 1);
     }
-    text.remove_prefix(length == 0 ? 1 : length);
   }
-  out += '"';
+  *to++ = '"';
+  return to;
+}
+
+void append_value(std::string& out, const FieldType& type, const uint8_t* at) {
+  append(out, kValueRoom, [&](char* to) { return write_value(to, type, at); });
+}
+
+void append_bits(std::string& out, const FieldType& type, const uint8_t* at) {
+  append(out, room_of_bits(type), [&](char* to) { return write_bits(to, type, at); });
+}
+
+void append_hex(std::string& out, std::span<const uint8_t> bytes) {
+  append(out, bytes.size() * 2, [&](char* to) { return write_hex(to, bytes); });
+}
+
+void append_quoted(std::string& out, std::string_view text) {
+  append(out, room_of_quoted(text), [&](char* to) { return write_quoted(to, text); });
 }

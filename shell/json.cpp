@@ -7,7 +7,10 @@ namespace {
 
 class JsonWriter : public RecordVisitor {
  public:
-  explicit JsonWriter(std::string& out) : out_(out) {}
+  explicit JsonWriter(std::string& out) : out_(out), to_(out.data() + out.size()), end_(to_) {}
+  ~JsonWriter() { out_.resize(static_cast<size_t>(to_ - out_.data())); }
+  JsonWriter(const JsonWriter&) = delete;
+  JsonWriter& operator=(const JsonWriter&) = delete;
 
   void begin_record(std::string_view name, uint32_t) override { open(name, '{'); }
   void end_record() override { close('}'); }
@@ -22,28 +25,39 @@ class JsonWriter : public RecordVisitor {
   }
 
  private:
-  // Put together before it is appended: this is done for every field of every entry. Names of fields need no
-  // escapes.
+  // All is written there without a look at the room that is left, as there are many fields.
+  void make_room(size_t size) {
+    if (static_cast<size_t>(end_ - to_) < size) grow(size);
+  }
+  void grow(size_t size) {
+    const auto used = static_cast<size_t>(to_ - out_.data());
+    out_.resize(2 * used + size);
+    to_ = out_.data() + used;
+    end_ = out_.data() + out_.size();
+  }
+
+  // Names of fields need no escapes. Behind one there is room for a number, an address or a bracket.
   void put_name(std::string_view name) {
-    char key[64];
-    char* end = key;
-    if (!is_first_) *end++ = ',';
+    make_room(name.size() + sizeof ",\"\":\"\"" + kValueRoom);
+    char* to = to_;
+    if (!is_first_) *to++ = ',';
     is_first_ = false;
     if (!name.empty()) {
-      *end++ = '"';
-      end += name.copy(end, sizeof key - 4);
-      *end++ = '"';
-      *end++ = ':';
+      *to++ = '"';
+      to += name.copy(to, name.size());
+      *to++ = '"';
+      *to++ = ':';
     }
-    out_.append(key, end);
+    to_ = to;
   }
   void open(std::string_view name, char bracket) {
     put_name(name);
-    out_ += bracket;
+    *to_++ = bracket;
     is_first_ = true;
   }
   void close(char bracket) {
-    out_ += bracket;
+    make_room(1);
+    *to_++ = bracket;
     is_first_ = false;
   }
 
@@ -54,44 +68,53 @@ class JsonWriter : public RecordVisitor {
       case FieldType::kUnsigned:
       case FieldType::kSigned:
       case FieldType::kNetwork:
-        append_value(out_, type, at);
+        to_ = write_value(to_, type, at);
         break;
       case FieldType::kText:
       case FieldType::kString:
-        append_quoted(out_, characters_of(field));
+        make_room(room_of_quoted(characters_of(field)));
+        to_ = write_quoted(to_, characters_of(field));
         break;
       case FieldType::kBits:
       case FieldType::kIdSet:
-        out_ += '[';
-        append_bits(out_, type, at);
-        out_ += ']';
+        make_room(room_of_bits(type) + 2);
+        *to_++ = '[';
+        to_ = write_bits(to_, type, at);
+        *to_++ = ']';
         break;
       case FieldType::kArray:
-        out_ += '[';
-        for (uint32_t i = 0; i < type.count; ++i) {
-          if (i > 0) out_ += ',';
-          const uint32_t size = type.element->size;
-          put_value({{}, type.element, 0, field.bytes.subspan(size_t{i} * size, size)});
-        }
-        out_ += ']';
+        put_array(field);
         break;
       default:
         put_address(type, at);
     }
   }
 
-  void put_address(const FieldType& type, const uint8_t* at) {
-    const size_t before = out_.size();
-    out_ += '"';
-    append_value(out_, type, at);
-    if (out_.size() == before + 1) {
-      out_.replace(before, 1, "null");
-    } else {
-      out_ += '"';
+  void put_array(const Field& field) {
+    const FieldType& element = *field.type->element;
+    *to_++ = '[';
+    is_first_ = true;
+    for (uint32_t i = 0; i < field.type->count; ++i) {
+      put_name({});
+      put_value({{}, &element, 0, field.bytes.subspan(size_t{i} * element.size, element.size)});
     }
+    close(']');
+  }
+
+  void put_address(const FieldType& type, const uint8_t* at) {
+    char* const end = write_value(to_ + 1, type, at);
+    if (end == to_ + 1) {
+      to_ += std::string_view("null").copy(to_, 4);
+      return;
+    }
+    *to_ = '"';
+    *end = '"';
+    to_ = end + 1;
   }
 
   std::string& out_;
+  char* to_;   // where out_ is written on
+  char* end_;  // of its room
   bool is_first_ = true;
 };
 
