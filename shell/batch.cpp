@@ -83,5 +83,5 @@ int run_batch(Runner& runner, int file, const std::string& name, bool stops_at_f
   if (lines.has_failed()) runner.say(name + ": " + strerror(errno));
   runner.flush();
   if (!runner.is_all_written()) runner.say("vek-shell: standard output cannot be written");
-  return are_all_well && !lines.has_failed() && runner.is_all_written() ? 0 : 1;
+  return are_all_well && !lines.has_failed() && runner.is_all_kept() ? 0 : 1;
 }

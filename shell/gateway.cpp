@@ -10,6 +10,7 @@
 
 #include "platform/order.h"
 #include "records/order.h"
+#include "shell/records.h"
 
 namespace {
 
@@ -32,8 +33,9 @@ int answer(Replay& replay, void* record, uint32_t length) {
   if (replay.answer(record, length, returned)) return returned;
   OrderRecord header;
   memcpy(&header, record, sizeof header);
-  fprintf(stderr, "vek-shell: missing in the recording: module %u, command %u\n", header.module,
-          header.command);
+  const std::string words(words_of(header.module, header.command));
+  fprintf(stderr, "vek-shell: missing in the recording: %s%smodule %u command %u\n", words.c_str(),
+          words.empty() ? "" : ", ", header.module, header.command);
   return -1;
 }
 
@@ -44,7 +46,8 @@ bool try_to(Work work) {
     work();
     return true;
   } catch (const std::exception& error) {
-    fprintf(stderr, "vek-shell: %s\n", error.what());
+    fprintf(stderr, "%s: %s\n", gateway().name, error.what());
+    gateway().has_failed = true;
     return false;
   }
 }
@@ -77,7 +80,7 @@ extern "C" [[gnu::visibility("default")]] int tesvel_order_opt_fun(void* record,
   exchanged.request = request;
   exchanged.answer = used_part(record, length);
   if (ours.recorder != nullptr && !request.empty() && !try_to([&] { ours.recorder->add(exchanged); })) {
-    fputs("vek-shell: nothing more is recorded\n", stderr);
+    fprintf(stderr, "%s: nothing more is recorded\n", ours.name);
     ours.recorder = nullptr;
   }
   for (const auto& watcher : ours.watchers) {

@@ -12,6 +12,8 @@ struct Gateway {
   // Shown each exchange when it is over; nothing of it stays. The request is there when it is wanted.
   std::vector<std::function<void(const Exchanged&)>> watchers;
   bool is_request_wanted = false;
+  bool has_failed = false;         // to record or to show what passed
+  const char* name = "vek-shell";  // in front of reports
 };
 
 Gateway& gateway();

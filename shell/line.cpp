@@ -63,8 +63,13 @@ class Splitter {
 };
 
 std::vector<std::string> words_of_json(std::string_view line) {
-  const nlohmann::json object = nlohmann::json::parse(line, nullptr, false);
-  const bool is_line = object.is_object() && object.size() == 1 && object.contains("words");
+  int keys = 0;  // of which the object has only the last where some are equal
+  const auto count_keys = [&](int, nlohmann::json::parse_event_t event, const nlohmann::json&) {
+    keys += event == nlohmann::json::parse_event_t::key ? 1 : 0;
+    return true;
+  };
+  const nlohmann::json object = nlohmann::json::parse(line, count_keys, false);
+  const bool is_line = keys == 1 && object.is_object() && object.contains("words");
   if (!is_line || !object["words"].is_array() || object["words"].empty()) {
     throw LineError("not as in {\"words\": [\"arp\", \"list\"]}");
   }

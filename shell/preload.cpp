@@ -15,6 +15,7 @@
 // Both live as long as the process.
 Gateway first_gateway() {
   Gateway ours;
+  ours.name = "libvek_trace";
   const char* const trace = getenv("VEK_TRACE");
   const char* const recording = getenv("VEK_RECORD");
   try {
@@ -25,7 +26,7 @@ Gateway first_gateway() {
     ours.is_request_wanted = true;
     ours.watchers.emplace_back([tracer](const Exchanged& exchanged) { tracer->show(exchanged); });
   } catch (const std::exception& error) {
-    fprintf(stderr, "libvek_trace: %s\n", error.what());
+    fprintf(stderr, "%s: %s\n", ours.name, error.what());
   }
   return ours;
 }

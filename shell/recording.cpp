@@ -63,7 +63,11 @@ std::string key_of(uint32_t length, std::string_view request) {
 // Others wait meanwhile.
 class Locked {
  public:
-  explicit Locked(int file) : file_(file) { flock(file_, LOCK_EX); }
+  explicit Locked(int file) : file_(file) {
+    while (flock(file_, LOCK_EX) != 0) {
+      if (errno != EINTR) throw RecordingError("a recording cannot be locked: " + why());
+    }
+  }
   ~Locked() { flock(file_, LOCK_UN); }
   Locked(const Locked&) = delete;
   Locked& operator=(const Locked&) = delete;
@@ -90,7 +94,7 @@ Recorder::Recorder(const std::string& path)
   struct stat status;
   if (file_ < 0 || fstat(file_, &status) != 0) throw RecordingError(path + ": " + why());
   try {
-    if (!S_ISREG(status.st_mode)) throw RecordingError(path + ": no file");
+    if (!S_ISREG(status.st_mode)) throw RecordingError(path + ": no regular file");
     write_behind_whole_entries({});
   } catch (...) {
     close(file_);
@@ -161,7 +165,7 @@ RecordingReader::RecordingReader(FILE* stream, std::string name) : stream_(strea
   const FileHead wanted;
   if (fread(&head, sizeof head, 1, stream_.get()) != 1 ||
       memcmp(head.magic, wanted.magic, sizeof head.magic) != 0) {
-    throw RecordingError(name_ + ": no recording");
+    throw RecordingError(name_ + ": " + (ferror(stream_.get()) != 0 ? why() : "no recording"));
   }
   if (head.byte_order == __builtin_bswap32(wanted.byte_order)) {
     throw RecordingError(name_ + ": of a machine of another byte order");

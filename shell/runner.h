@@ -25,6 +25,8 @@ class Runner {
   void flush();
   // What has been flushed is where it belongs.
   bool is_all_written() const { return is_all_written_; }
+  // And so is what was to be recorded and traced.
+  bool is_all_kept() const { return is_all_written_ && !gateway().has_failed; }
 
  private:
   void note(const Exchanged& exchanged);

@@ -55,10 +55,10 @@ std::string time_of(const Exchanged& exchanged) {
 
 }  // namespace
 
-Tracer::Tracer(int stream) : file_(fcntl(stream, F_DUPFD_CLOEXEC, 3)) {}
+Tracer::Tracer(int stream) : name_("the trace"), file_(fcntl(stream, F_DUPFD_CLOEXEC, 3)) {}
 
 Tracer::Tracer(const std::string& path)
-    : file_(open(path.c_str(), O_WRONLY | O_CREAT | O_APPEND | O_CLOEXEC, 0600)) {
+    : name_(path), file_(open(path.c_str(), O_WRONLY | O_CREAT | O_APPEND | O_CLOEXEC, 0600)) {
   if (file_ < 0) throw RecordingError(path + ": " + strerror(errno));
 }
 
@@ -80,5 +80,5 @@ void Tracer::show(const Exchanged& exchanged) {
   } else {
     text += "not carried out: the gateway returned " + std::to_string(exchanged.returned) + "\n";
   }
-  write_all(file_, text);
+  if (!write_all(file_, text)) throw RecordingError(name_ + ": " + strerror(errno));
 }

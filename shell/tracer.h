@@ -17,5 +17,6 @@ class Tracer {
   void show(const Exchanged& exchanged);
 
  private:
+  std::string name_;
   int file_;
 };

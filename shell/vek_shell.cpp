@@ -38,7 +38,9 @@ constexpr const char* kUsage =
     "      --dump FILE      show a recording field by field\n"
     "      --help, --version\n"
     "\n"
-    "The status is 0 when all commands were well, 1 when one was not, 2 when the shell could not start.\n";
+    "The status is 0 when all commands were well, 1 when one was not or something could not be written, 2 "
+    "when\n"
+    "the shell could not start.\n";
 
 enum Option { kTrace = 256, kRecord, kReplay, kDump, kHelp, kVersion };
 constexpr option kOptions[] = {{"trace", optional_argument, nullptr, kTrace},

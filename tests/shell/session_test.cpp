@@ -46,7 +46,7 @@ TEST_F(Shell, RunsLinesAndReportsThoseThatFail) {
                             "arp list\\\n"
                             " {\"words\": [\"arp\", \"del\", \"lan0\", \"192.168.1.10\"]}\n"
                             "{\"words\": []}\n"
-                            "{\"words\": [\"arp\"], \"more\": 1}\n"
+                            "{\"words\": [\"arp\"], \"words\": [\"help\"]}\n"
                             "{\"words\": [\n"
                             "{\"words\": [3]}\n"
                             "{\"words\": [\"a\\u0000b\"]}\n" +
@@ -72,6 +72,7 @@ TEST_F(Shell, RunsLinesAndReportsThoseThatFail) {
   EXPECT_EQ(shell("-e", "arp list lan0\n# the end").status, 0);
   EXPECT_EQ(run({"/bin/sh", "-c", "echo arp disonline_get | \"$@\" >/dev/full", "sh", VEK_SHELL, "-j"}).err,
             "vek-shell: standard output cannot be written\n");
+  EXPECT_EQ(shell("--trace=/dev/full", "arp disonline_get").status, 1);
   EXPECT_EQ(shell("-x", "").status, 2);
   EXPECT_EQ(shell(folder.file("none"), "").status, 2);
 }
@@ -121,8 +122,9 @@ TEST_F(Shell, ReplaysWhatItHasRecorded) {
 
   const RunResult again = shell("--replay " + recording, input + "arp list lan0\narp list lan1\n");
   EXPECT_EQ(again.out, live.out + kHead + kDesk);
-  EXPECT_EQ(again.err, live.err + "vek-shell: missing in the recording: module 3, command 8\n vek arp list " +
-                           "dev\n\t\terr:order_opt_fun false!\nstdin:7: status 1\n");
+  EXPECT_EQ(again.err, live.err +
+                           "vek-shell: missing in the recording: arp list, module 3 command 8\n vek arp " +
+                           "list dev\n\t\terr:order_opt_fun false!\nstdin:7: status 1\n");
   EXPECT_FALSE(std::filesystem::exists(folder.file("state")));
 }
 
@@ -205,6 +207,7 @@ TEST_F(Shell, AtATerminal) {
       {"ar\tlis\tlan0\r", {kShown, kPrompt}},  // words are completed
       {"arp \t", {"disonline_get", "arp "}},   // or shown
       {"\x15", {}},                            // or given up
+      {"arp del\x03", {kPrompt}},
       {"help ar\tadd\r", {"dev ip mac type[1|2|3|4] name", kPrompt}},
       {"watch 1 arp l\tlan0\r", {kWatched, kWatched}},
       {"\x03", {kPrompt}},
