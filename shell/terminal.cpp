@@ -2,7 +2,10 @@
 // be ended. The shell's own words are help, watch and exit.
 #include "shell/terminal.h"
 
+#include <fcntl.h>
 #include <histedit.h>
+#include <poll.h>
+#include <sys/signalfd.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -13,7 +16,9 @@
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
+#include <cwchar>
 #include <string>
+#include <system_error>
 
 #include "shell/line.h"
 #include "shell/runner.h"
@@ -80,18 +85,110 @@ unsigned char complete(EditLine* editor, int) {
   return CC_REDISPLAY;
 }
 
-// Breaks what waits: the line that is being written is given up.
-volatile sig_atomic_t is_interrupted = 0;
-void on_interrupt(int) { is_interrupted = 1; }
-
 void handle(int signal, void (*handler)(int)) {
   struct sigaction action = {};
   action.sa_handler = handler;
   sigaction(signal, &action, nullptr);
 }
 
+// Blocked, and read from a file: none is lost between a look at what has come and the wait for more.
+class Signals {
+ public:
+  Signals() {
+    sigemptyset(&all_);
+    for (const int signal : {SIGINT, SIGCHLD, SIGWINCH, SIGCONT}) sigaddset(&all_, signal);
+    handle(SIGINT, SIG_DFL);
+    handle(SIGCHLD, SIG_DFL);
+    sigprocmask(SIG_BLOCK, &all_, nullptr);
+    file_ = signalfd(-1, &all_, SFD_CLOEXEC | SFD_NONBLOCK);
+    if (file_ < 0) throw std::system_error(errno, std::generic_category(), "signalfd");
+  }
+  ~Signals() { close(file_); }
+  Signals(const Signals&) = delete;
+  Signals& operator=(const Signals&) = delete;
+
+  void unblock() const { sigprocmask(SIG_UNBLOCK, &all_, nullptr); }
+  int file() const { return file_; }
+  // One that has come; 0 where there is none.
+  int take() const {
+    signalfd_siginfo signal;
+    return read(file_, &signal, sizeof signal) == ssize_t{sizeof signal} ? static_cast<int>(signal.ssi_signo)
+                                                                         : 0;
+  }
+
+ private:
+  sigset_t all_;
+  int file_;
+};
+
+// What a person types. It is read without waiting, and so by a description of the terminal that is nobody
+// else's: Ctrl-C takes what was typed before it away, even when poll() has seen it already.
+struct Typing {
+  explicit Typing(const Signals& wanted) : signals(wanted) {
+    const bool is_own_terminal = tcgetpgrp(STDIN_FILENO) >= 0;
+    if (is_own_terminal) file = open("/dev/tty", O_RDONLY | O_NONBLOCK | O_CLOEXEC);
+    if (file < 0) file = fcntl(STDIN_FILENO, F_DUPFD_CLOEXEC, 3);
+  }
+  ~Typing() { close(file); }
+  Typing(const Typing&) = delete;
+  Typing& operator=(const Typing&) = delete;
+
+  const Signals& signals;
+  int file = -1;
+  bool is_given_up = false;  // the line, with Ctrl-C
+};
+
+// Whether a character is complete with that byte. One that the byte cannot continue is left out.
+bool complete_character(mbstate_t& state, char byte, wchar_t* character) {
+  constexpr auto kInvalid = static_cast<size_t>(-1);
+  const bool is_amid = mbsinit(&state) == 0;
+  size_t length = mbrtowc(character, &byte, 1, &state);
+  if (length == kInvalid) state = {};
+  if (length == kInvalid && is_amid) return complete_character(state, byte, character);
+  return length <= 1;
+}
+
+// The editor's own function would not see a Ctrl-C that comes just before it reads.
+int read_character(EditLine* editor, wchar_t* character) {
+  void* data = nullptr;
+  el_get(editor, EL_CLIENTDATA, &data);
+  auto& [signals, file, is_given_up] = *static_cast<Typing*>(data);
+  for (mbstate_t state = {};;) {
+    pollfd ready[] = {{file, POLLIN, 0}, {signals.file(), POLLIN, 0}};
+    if (poll(ready, std::size(ready), -1) < 0 && errno != EINTR) return -1;
+    if (ready[1].revents != 0) {
+      const int signal = signals.take();
+      is_given_up = signal == SIGINT;
+      if (is_given_up) return -1;
+      if (signal == SIGWINCH) el_resize(editor);
+      if (signal == SIGCONT) el_set(editor, EL_PREP_TERM, 1);
+      el_set(editor, EL_REFRESH);
+    } else if (ready[0].revents != 0) {
+      char byte;
+      const ssize_t got = read(file, &byte, 1);
+      if (got < 0 && (errno == EINTR || errno == EAGAIN)) continue;
+      if (got <= 0) return static_cast<int>(got);
+      if (complete_character(state, byte, character)) return 1;
+    }
+  }
+}
+
+// Ctrl-C reaches the command as well, but not while the C library runs a program for it, nor when it comes
+// before there is a process.
+int wait_for(pid_t child, const Signals& signals, bool& is_ended) {
+  int status = 0;
+  while (waitpid(child, &status, WNOHANG) == 0) {
+    pollfd ready = {signals.file(), POLLIN, 0};
+    poll(&ready, 1, -1);
+    if (signals.take() != SIGINT) continue;
+    is_ended = true;
+    kill(child, SIGTERM);
+  }
+  return status;
+}
+
 // Runs a command in a process of its own, which a person can end.
-int run(std::vector<std::string>& words, bool is_json) {
+int run(std::vector<std::string>& words, bool is_json, const Signals& signals) {
   fflush(stdout);
   const pid_t child = fork();
   if (child < 0) {
@@ -100,19 +197,19 @@ int run(std::vector<std::string>& words, bool is_json) {
   }
   if (child == 0) {
     setlocale(LC_ALL, "C");  // the tool knows no other
-    handle(SIGINT, SIG_DFL);
     handle(SIGQUIT, SIG_DFL);
     handle(SIGCHLD, SIG_IGN);
+    signals.unblock();
     Runner runner(is_json);
     const int status = runner.run(words);
     runner.flush();
-    _exit(status);
+    _exit(status == 0 && !runner.is_all_kept() ? 1 : status);
   }
-  int status = 0;
-  while (waitpid(child, &status, 0) < 0 && errno == EINTR) continue;
+  bool is_ended = false;
+  const int status = wait_for(child, signals, is_ended);
   if (WIFEXITED(status)) return WEXITSTATUS(status);
   printf("\n");
-  if (WTERMSIG(status) != SIGINT) fprintf(stderr, "vek-shell: %s\n", strsignal(WTERMSIG(status)));
+  if (!is_ended) fprintf(stderr, "vek-shell: %s\n", strsignal(WTERMSIG(status)));
   return 128 + WTERMSIG(status);
 }
 
@@ -153,14 +250,16 @@ class LineHistory {
 
 int run_terminal(bool is_json) {
   setlocale(LC_CTYPE, "");
-  handle(SIGINT, on_interrupt);
   handle(SIGQUIT, SIG_IGN);
-  handle(SIGCHLD, SIG_DFL);
+  const Signals signals;
+  Typing typing(signals);
   LineHistory lines;
   EditLine* const editor = el_init("vek-shell", stdin, stdout, stderr);
   if (editor == nullptr) return 1;
   el_set(editor, EL_PROMPT, prompt);
   el_set(editor, EL_EDITOR, "emacs");
+  el_set(editor, EL_CLIENTDATA, &typing);
+  el_set(editor, EL_GETCFN, read_character);
   el_set(editor, EL_HIST, history, lines.lines());
   el_set(editor, EL_ADDFN, "complete", "Completes the word", complete);
   el_set(editor, EL_BIND, "^I", "complete", nullptr);
@@ -170,12 +269,14 @@ int run_terminal(bool is_json) {
   int status = 0;
   for (;;) {
     int length = 0;
-    is_interrupted = 0;
-    el_resize(editor);  // the terminal may have another size by now
+    typing.is_given_up = false;
+    while (signals.take() != 0) continue;  // what came for the last command
+    el_resize(editor);                     // the terminal may have another size by now
+    el_set(editor, EL_PREP_TERM, 1);  // who sees the prompt may type Ctrl-D, which was the terminal's own
     const char* const line = el_gets(editor, &length);
     if (line == nullptr || length <= 0) {
       printf("\n");
-      if (is_interrupted != 0) {
+      if (typing.is_given_up) {
         el_reset(editor);
         continue;
       }
@@ -188,7 +289,7 @@ int run_terminal(bool is_json) {
       std::vector<std::string> words = words_of_line(text);
       if (words.empty()) continue;
       if (words[0] == "exit") break;
-      status = run(words, is_json);
+      status = run(words, is_json, signals);
     } catch (const LineError& error) {
       fprintf(stderr, "vek-shell: %s\n", error.what());
       status = 1;
