@@ -163,7 +163,9 @@ int run_request(const SubCommand& row, const Args&) {
   return kStatusRejected;
 }
 
-int order_run(int, char**, uint32_t, uint32_t, int32_t, int32_t, const char*, ParseFn, PrintFn) {
+int order_run(int, char**, uint32_t module, uint32_t command, int32_t buf_size, int32_t, const char*, ParseFn,
+              PrintFn) {
+  note_order(module, command, static_cast<uint32_t>(buf_size));
   return kStatusRejected;
 }
 

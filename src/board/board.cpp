@@ -1,6 +1,8 @@
 // The board's own commands: LED, watchdog, parameter area, parameter backup, plug-in file, system log, PHYs.
 #include "platform/board.h"
 
+#include <cstring>
+
 #include "args/args.h"
 #include "args/print.h"
 #include "board/commands.h"
@@ -12,44 +14,32 @@
 
 namespace {
 
-bool parse_watchdog(WatchdogOrder& order, const Args& args) {
-  order.action = static_cast<uint32_t>(args.choice(2, {"start", "stop", "ping"})) + kWatchdogStart;
+template <uint32_t action>
+bool parse_watchdog(WatchdogOrder& order, const Args&) {
+  order.action = action;
   return true;
 }
 
-constexpr SubCommand kWatchdogRequest = {
-    "", kModuleGeneral, kWatchdog, 1024, sizeof(WatchdogOrder), 0, " ", parse_as<parse_watchdog>, nullptr};
-
-}  // namespace
-
-int cmd_watchdog(int argc, char** argv, const CommandEntry* entry) {
-  const Args args(argc, argv);
-  if (args.choice(2, {"start", "stop", "ping"}) < 0) return print_usage(entry);
-  return run_request(kWatchdogRequest, args);
+// What is stored says whether the LED is on, while its line is active low.
+int turn_led_on(const Args&, const CommandEntry*) {
+  nvram_set("LedStatus", "1");
+  ap_led_ctrl(0);
+  return 0;
 }
 
-// What is stored says whether the LED is on, while its line is active low.
-int cmd_led(int argc, char** argv, const CommandEntry* entry) {
-  const Args args(argc, argv);
-  const int state = args.choice(2, {"on", "off"});
-  if (state < 0) {
-    print_usage(entry);
-    return argc < 3 ? 1 : -1;
-  }
-  nvram_set("LedStatus", state == 0 ? "1" : "0");
-  ap_led_ctrl(state);
+int turn_led_off(const Args&, const CommandEntry*) {
+  nvram_set("LedStatus", "0");
+  ap_led_ctrl(1);
   return 0;
 }
 
 // Callers read the text: the status is the same either way.
-int cmd_param(int argc, char** argv, const CommandEntry* entry) {
-  if (Args(argc, argv).choice(2, {"erase"}) < 0) return print_usage(entry);
+int erase_parameters(const Args&, const CommandEntry*) {
   print("erase param %s!\n", flash_erase_mtd("Config", 0, 0) == 0 ? "ok" : "error");
   return 0;
 }
 
-int cmd_usblog(int argc, char**, const CommandEntry* entry) {
-  if (argc < 3) return print_usage(entry);
+int save_parameters(const Args&, const CommandEntry* entry) {
   if (usblog_mount_state() == 0) {
     print_error("usb err\n");
     return print_usage(entry);
@@ -62,29 +52,79 @@ int cmd_usblog(int argc, char**, const CommandEntry* entry) {
   return 0;
 }
 
+template <auto work>
+int work_on_plugin(const Args& args, const CommandEntry*) {
+  work(args.get(3));
+  return 0;
+}
+
+template <int is_on>
+int turn_phy(const Args& args, const CommandEntry*) {
+  constexpr int kNotSaid = 3;
+  // The processor's own switch, then those that are attached.
+  const int chip = args.choice(3, {"mtk", "rtl", "gsw", "yt9215", "an8855"});
+  turn_on_phy(is_on, chip < 0 ? kNotSaid : chip == 0 ? 1 : 2);
+  return 0;
+}
+
+// clang-format off
+constexpr SubCommand kWatchdogActions[] = {
+    {"start", kModuleGeneral, kWatchdog, 1024, sizeof(WatchdogOrder), 0, " ", parse_as<parse_watchdog<kWatchdogStart>>, nullptr},
+    {"stop", kModuleGeneral, kWatchdog, 1024, sizeof(WatchdogOrder), 0, " ", parse_as<parse_watchdog<kWatchdogStop>>, nullptr},
+    {"ping", kModuleGeneral, kWatchdog, 1024, sizeof(WatchdogOrder), 0, " ", parse_as<parse_watchdog<kWatchdogPing>>, nullptr},
+};
+
+constexpr SubCommand kLed[] = {
+    handled("on", turn_led_on),
+    handled("off", turn_led_off),
+};
+
+constexpr SubCommand kParameterArea[] = {
+    handled("erase", erase_parameters),
+};
+
+constexpr SubCommand kUsbLog[] = {
+    handled("save", save_parameters),
+};
+
+constexpr SubCommand kPlugin[] = {
+    handled("set", work_on_plugin<flash_zentrik_plugin_write>),
+    handled("get", work_on_plugin<flash_zentrik_plugin_read>),
+    handled("clean", work_on_plugin<flash_zentrik_plugin_clean>),
+};
+
+constexpr SubCommand kPhys[] = {
+    handled("on", turn_phy<1>),
+    handled("off", turn_phy<0>),
+};
+// clang-format on
+
+}  // namespace
+
+int cmd_watchdog(int argc, char** argv, const CommandEntry* entry) {
+  return run_sub_command(kWatchdogActions, argc, argv, entry);
+}
+
+int cmd_led(int argc, char** argv, const CommandEntry* entry) {
+  const int status = run_sub_command(kLed, argc, argv, entry);
+  return status == kStatusRejected && argc >= 3 ? -1 : status;
+}
+
+int cmd_param(int argc, char** argv, const CommandEntry* entry) {
+  return run_sub_command(kParameterArea, argc, argv, entry);
+}
+
+int cmd_usblog(int argc, char** argv, const CommandEntry* entry) {
+  const bool is_any_word = argc >= 3;
+  return is_any_word ? save_parameters(Args(argc, argv), entry) : run_sub_command(kUsbLog, argc, argv, entry);
+}
+
 int cmd_zentrik_plugin(int argc, char** argv, const CommandEntry* entry) {
-  const Args args(argc, argv);
-  if (argc < 3) return print_usage(entry);
-  enum { kClean, kSet, kGet };
-  const int action = args.choice(2, {"clean", "set", "get"});
-  if (argc == 3 && action != kClean) {
-    print_error(" %s %s path\n", entry->name, args[2]);
+  if (argc == 3 && strcmp(argv[2], "clean") != 0) {
+    print_error(" %s %s path\n", entry->name, argv[2]);
     return 1;
   }
-  char* const path = args.get(3);
-  switch (action) {
-    case kClean:
-      flash_zentrik_plugin_clean(path);
-      return 0;
-    case kSet:
-      flash_zentrik_plugin_write(path);
-      return 0;
-    case kGet:
-      flash_zentrik_plugin_read(path);
-      return 0;
-    default:
-      return print_usage(entry);
-  }
+  return run_sub_command(kPlugin, argc, argv, entry);
 }
 
 int cmd_syslog(int argc, char** argv, const CommandEntry* entry) {
@@ -94,12 +134,7 @@ int cmd_syslog(int argc, char** argv, const CommandEntry* entry) {
 }
 
 int cmd_turn_phy(int argc, char** argv, const CommandEntry* entry) {
-  constexpr int kNotSaid = 3;
   const Args args(argc, argv);
-  if (argc < 3) return print_usage(entry);
-  const int state = args.choice(2, {"on", "off"});
-  // The processor's own switch, then those that are attached.
-  const int chip = args.choice(3, {"mtk", "rtl", "gsw", "yt9215", "an8855"});
-  if (state >= 0) turn_on_phy(state == 0 ? 1 : 0, chip < 0 ? kNotSaid : chip == 0 ? 1 : 2);
-  return 0;
+  const bool is_unknown = argc >= 3 && find_sub_command(kPhys, args, 2) == nullptr;
+  return is_unknown ? kStatusOk : run_sub_command({kPhys}, args, entry);
 }

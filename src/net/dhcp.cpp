@@ -137,12 +137,20 @@ void print_defense(const Answer& answer) {
   print("\n");
 }
 
-// The platform library says what went wrong; callers have always had the usage and its status from this one.
-int run_server(const Args& args, const CommandEntry* entry) {
-  const bool is_restart = args.is(3, "restart");
-  if (is_restart || args.is(3, "stop")) stop_dhcp_server();
-  if (is_restart || args.is(3, "start")) start_dhcp_server();
+// The platform library says what went wrong; callers have always had the usage and its status from these.
+int start_server(const Args&, const CommandEntry* entry) {
+  start_dhcp_server();
   return print_usage(entry);
+}
+
+int stop_server(const Args&, const CommandEntry* entry) {
+  stop_dhcp_server();
+  return print_usage(entry);
+}
+
+int restart_server(const Args& args, const CommandEntry* entry) {
+  stop_dhcp_server();
+  return start_server(args, entry);
 }
 
 // ---- Reservations and addresses that are not handed out ----
@@ -184,6 +192,12 @@ void print_exclusions(const Answer& answer) {
 // ---- Tables ----
 
 // clang-format off
+constexpr SubCommand kDhcpServer[] = {
+    handled("start", start_server),
+    handled("stop", stop_server),
+    handled("restart", restart_server),
+};
+
 constexpr SubCommand kDhcp[] = {
     {"add", kModuleDhcp, kDhcpAdd, 1024, sizeof(DhcpPoolRequest), 15, "dev srv_ip gwaddr snmask start_addr end_addr leasetime dnss domain_name dhcp_type option43 filter", parse_as<parse_typed_pool>, nullptr},
     {"new_add", kModuleDhcp, kDhcpNewAdd, 10240, sizeof(DhcpNewPool), 14, "dev srv_ip gwaddr snmask start_addr end_addr leasetime dnss domain_name option43 filter", parse_as<parse_new_pool>, nullptr},
@@ -193,7 +207,7 @@ constexpr SubCommand kDhcp[] = {
     {"bind", kModuleDhcp, kDhcpBind, 1024, sizeof(DhcpBind), 4, "set/get [1/0]", parse_as<parse_bind>, print_as<print_bind>},
     {"defense_set", kModuleDhcp, kDhcpDefenseSet, 40480, 40000, 5, "en mac", parse_as<parse_defense>, nullptr},
     {"defense_get", kModuleDhcp, kDhcpDefenseGet, 40480, 40000, 0, "", nullptr, print_as<print_defense>},
-    handled("server", run_server),
+    group("server", kDhcpServer),
 };
 
 constexpr SubCommand kDhcpReserve[] = {

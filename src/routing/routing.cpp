@@ -227,6 +227,19 @@ constexpr SubCommand kRouterId[] = {
 // clang-format on
 constexpr SubCommand kOspfOrders[] = {group("router_id", kRouterId, "vek ospf router_id set/get\n")};
 
+// ---- The daemons' log ----
+
+int check_log(const Args&, const CommandEntry*) {
+  constexpr int64_t kMaxLog = 0x100000;
+  if (f_size("/var/log/zebra.log") > kMaxLog) {
+    run_shell("echo \"\" > /var/log/zebra.log");
+    print("ok\n");
+  }
+  return kStatusOk;
+}
+
+constexpr SubCommand kZebra[] = {handled("check_log", check_log)};
+
 }  // namespace
 
 void each_routing_words(TakeWords take) {
@@ -249,15 +262,9 @@ int cmd_rip(int argc, char** argv, const CommandEntry*) { return run(kRip, Args(
 int cmd_ripng(int argc, char** argv, const CommandEntry*) { return run(kRipng, Args(argc, argv)); }
 int cmd_ipv6(int argc, char** argv, const CommandEntry*) { return run(kIpv6, Args(argc, argv)); }
 
-int cmd_zebra(int argc, char** argv, const CommandEntry*) {
-  constexpr int64_t kMaxLog = 0x100000;
-  if (!Args(argc, argv).is(2, "check_log")) {
-    print_error("vek zebra check_log\n");
-    return kStatusRejected;
-  }
-  if (f_size("/var/log/zebra.log") > kMaxLog) {
-    run_shell("echo \"\" > /var/log/zebra.log");
-    print("ok\n");
-  }
-  return kStatusOk;
+int cmd_zebra(int argc, char** argv, const CommandEntry* entry) {
+  const Args args(argc, argv);
+  if (find_sub_command(kZebra, args, 2) != nullptr) return run_sub_command({kZebra}, args, entry);
+  print_error("vek zebra check_log\n");
+  return kStatusRejected;
 }

@@ -187,6 +187,16 @@ void scan(const Answer& answer) {
   }
 }
 
+// Asks for the list until that fails, for those who watch the kernel under load.
+int test_list(const Args& args, const CommandEntry* entry) {
+  constexpr PrintFn kNothing = [](void*) {};
+  while (order_run(args.count(), args.words(), kModuleHost, kHostList, 0x400000, 0x3ffc00, " ", nullptr,
+                   kNothing) == kStatusOk) {
+    usleep(1000);
+  }
+  return print_usage(entry);
+}
+
 // clang-format off
 constexpr SubCommand kHi[] = {
     {"list", kModuleHost, kHostList, 0x400000, 0x3ffc00, 0, " ", nullptr, print_as<print_list>},
@@ -200,21 +210,12 @@ constexpr SubCommand kHi[] = {
     {"ws_list", kModuleHost, kHostWsList, 0x400000, 0x3ffc00, 0, " ", nullptr, print_as<print_list>},
     {"snmpscan", kModuleHost, kHostSnmpScan, 0x400000, 0x3ffc00, 0, " ", nullptr, print_as<scan>},
     {"ai_list", kModuleHost, kHostAiList, 0x400000, 0x3ffc00, 0, " ", nullptr, print_as<print_ai_list>},
+    handled("list_test", test_list),
 };
 // clang-format on
-
-// Asks for the list until that fails, for those who watch the kernel under load.
-void test_list(int argc, char** argv) {
-  constexpr PrintFn kNothing = [](void*) {};
-  while (order_run(argc, argv, kModuleHost, kHostList, 0x400000, 0x3ffc00, " ", nullptr, kNothing) ==
-         kStatusOk) {
-    usleep(1000);
-  }
-}
 
 }  // namespace
 
 int cmd_hi(int argc, char** argv, const CommandEntry* entry) {
-  if (Args(argc, argv).is(2, "list_test")) test_list(argc, argv);
   return run_sub_command(kHi, argc, argv, entry);
 }

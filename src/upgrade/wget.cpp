@@ -10,6 +10,7 @@
 #include "args/args.h"
 #include "args/print.h"
 #include "args/shell.h"
+#include "order/order.h"
 #include "platform/file.h"
 #include "platform/flash.h"
 #include "platform/nvram.h"
@@ -142,7 +143,8 @@ int end_with(int result) {
   return result;
 }
 
-int download(const char* url) {
+int download(const Args& args, const CommandEntry*) {
+  char* const url = args.get(3);
   if (url == nullptr) {
     put_line("cmd_wget 18752");
     return end_with(kBadUrl);
@@ -175,21 +177,26 @@ int download(const char* url) {
   return end_with(kDone);
 }
 
-void show_package_in_flash() {
+int show_package_in_flash(const Args&, const CommandEntry*) {
   UpgradePackageHeader header = {};
   if (general_flash_read(kFlashArea, &header, 0, sizeof header) < 0) {
     put_line("general_flash_read pg2 failed!");
-    return;
+    return kDone;
   }
   put_line("information on flash:");
   print("is_pg2_ko:%s\nplatform:%s\nversion:%s\n", header.is_pg2_ko, header.platform, header.version);
+  return kDone;
 }
+
+constexpr SubCommand kWget[] = {
+    handled("download", download),
+    handled("readold", show_package_in_flash),
+};
 
 }  // namespace
 
-int cmd_wget(int argc, char** argv, const CommandEntry*) {
+int cmd_wget(int argc, char** argv, const CommandEntry* entry) {
   const Args args(argc, argv);
-  if (!args.is(2, "readold")) return download(args.get(3));
-  show_package_in_flash();
-  return kDone;
+  const bool is_known = find_sub_command(kWget, args, 2) != nullptr;
+  return is_known ? run_sub_command({kWget}, args, entry) : download(args, entry);  // whatever the word is
 }
