@@ -32,14 +32,18 @@ int print_help(const std::vector<std::string>& words) {
 int run_handler(std::vector<std::string>& words) {
   if (words[0] == "help" && words.size() > 1) return print_help(words);
   if (words[0] == "watch") return watch({words.begin() + 1, words.end()});
+  return run_words(words);
+}
+
+}  // namespace
+
+int run_words(std::vector<std::string>& words) {
   std::string tool = "vek";
   std::vector<char*> argv = {tool.data()};
   for (std::string& word : words) argv.push_back(word.data());
   argv.push_back(nullptr);
   return run_command(static_cast<int>(argv.size() - 1), argv.data());
 }
-
-}  // namespace
 
 Runner::Runner(bool is_json)
     : output_(fcntl(STDOUT_FILENO, F_DUPFD_CLOEXEC, 3)), report_(fcntl(STDERR_FILENO, F_DUPFD_CLOEXEC, 3)) {

@@ -8,6 +8,9 @@
 #include "shell/capture.h"
 #include "shell/gateway.h"
 
+// Runs a command of the tool, and nothing around it. Returns its status.
+int run_words(std::vector<std::string>& words);
+
 class Runner {
  public:
   // From now on the process's standard output and standard error are the commands', unless is_json is false.

@@ -8,9 +8,9 @@
 #include <cstdio>
 #include <ctime>
 
-#include "main/command_table.h"
 #include "shell/capture.h"
 #include "shell/line.h"
+#include "shell/runner.h"
 
 namespace {
 
@@ -63,11 +63,7 @@ void paint(const std::string& title, const std::vector<Row>& rows, const std::ve
 
 std::string answer_of(std::vector<std::string> words) {
   Capture capture;
-  std::string tool = "vek";
-  std::vector<char*> argv = {tool.data()};
-  for (std::string& word : words) argv.push_back(word.data());
-  argv.push_back(nullptr);
-  run_command(static_cast<int>(argv.size() - 1), argv.data());
+  run_words(words);
   const std::string output = capture.take_output();
   return output + capture.take_report();
 }
