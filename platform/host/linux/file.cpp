@@ -20,8 +20,9 @@ namespace {
 bool is_named(const File& file, const std::string& path) {
   struct stat open_one;
   struct stat named;
-  return fstat(file.descriptor(), &open_one) == 0 && lstat(path.c_str(), &named) == 0 &&
-         open_one.st_dev == named.st_dev && open_one.st_ino == named.st_ino;
+  const bool is_there = lstat(path.c_str(), &named) == 0;
+  if ((!is_there && errno != ENOENT) || fstat(file.descriptor(), &open_one) != 0) throw_errno(path);
+  return is_there && open_one.st_dev == named.st_dev && open_one.st_ino == named.st_ino;
 }
 
 // The name outlives a power failure when its folder has been written. Some file systems cannot do that alone.
