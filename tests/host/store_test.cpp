@@ -100,6 +100,10 @@ TEST_F(StoreTest, LeavesAloneWhatIsNotItsOwn) {
   std::ofstream(state.file("state.db"), std::ios::binary) << damaged;
   failed("devmg list", "state.db: database disk image is malformed\n");
   EXPECT_EQ(contents(), damaged);
+
+  std::filesystem::resize_file(state.file("state.db"), 0);
+  failed("devmg list", "state.db: has lost all that it held; a new one is made when it is removed\n");
+  EXPECT_EQ(contents(), "");
 }
 
 TEST_F(StoreTest, GrowsWithItsModules) {

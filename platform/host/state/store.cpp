@@ -2,13 +2,17 @@
 #include "state/store.h"
 
 #include <fcntl.h>
+#include <sys/file.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
 #include <algorithm>
 #include <cerrno>
+#include <cstdio>
 #include <cstdlib>
+#include <utility>
 
+#include "linux/file.h"
 #include "state/time.h"
 
 namespace {
@@ -74,15 +78,16 @@ void require_folder(const std::string& folder) {
   if ((found.st_mode & (S_IWGRP | S_IWOTH)) != 0) throw_folder_error(folder, "others may write to it");
 }
 
+bool is_there(const std::string& file) { return access(file.c_str(), F_OK) == 0 || errno != ENOENT; }
+
 // Nobody else may read the file, nor the journal, which SQLite gives the mode of the file. Neither is opened
 // here: closing them would take away the locks that SQLite may have on them in this process.
-void require_file(const std::string& file) {
+void keep_for_owner(const std::string& file) {
   constexpr mode_t kOwnerOnly = 0600;
   struct stat found;
   if (stat(file.c_str(), &found) == 0 && (found.st_mode & 0777) == kOwnerOnly) return;
   const std::string journal = file + "-journal";
-  if ((mknod(file.c_str(), S_IFREG | kOwnerOnly, 0) != 0 && errno != EEXIST) ||
-      chmod(file.c_str(), kOwnerOnly) != 0 || (chmod(journal.c_str(), kOwnerOnly) != 0 && errno != ENOENT)) {
+  if (chmod(file.c_str(), kOwnerOnly) != 0 || (chmod(journal.c_str(), kOwnerOnly) != 0 && errno != ENOENT)) {
     throw StoreError(file + ": " + strerror(errno));
   }
 }
@@ -177,16 +182,10 @@ Store::Store(const char* name, std::span<const Schema> schemas, Access access) {
   const std::string folder = require_state_folder();
   // In front of a path like this one, "file:" has no meaning to SQLite.
   const std::string file = (folder.starts_with('/') ? "" : "./") + folder + "/" + name;
-  require_file(file);
   try {
-    if (sqlite3_open_v2(file.c_str(), &database_, SQLITE_OPEN_READWRITE | SQLITE_OPEN_NOMUTEX, nullptr) !=
-        SQLITE_OK) {
-      const int system_error = database_ == nullptr ? ENOMEM : sqlite3_system_errno(database_);
-      throw StoreError(file + ": " + (system_error != 0 ? strerror(system_error) : "cannot be opened"));
-    }
-    sqlite3_busy_handler(database_, wait_for_lock, nullptr);
-    sqlite3_db_config(database_, SQLITE_DBCONFIG_ENABLE_FKEY, 1, nullptr);
-    add_time_functions(database_);
+    if (!is_there(file)) make(file, schemas);
+    keep_for_owner(file);
+    open(file);
     const int64_t version = total_steps(schemas);
     run("BEGIN");
     const bool is_ready = is_current(version);  // throws before anything could change a file that is not ours
@@ -199,10 +198,7 @@ Store::Store(const char* name, std::span<const Schema> schemas, Access access) {
     run("PRAGMA journal_mode = TRUNCATE");
     run("PRAGMA synchronous = FULL");
     run("BEGIN IMMEDIATE");
-    if (!is_current(version)) {  // another process may have been first
-      upgrade(schemas, version);
-      sync_names(file);
-    }
+    if (!is_current(version)) upgrade(schemas, version);  // another process may have been first
     if (access == kReads) {
       run("COMMIT");
       run("BEGIN");
@@ -210,6 +206,41 @@ Store::Store(const char* name, std::span<const Schema> schemas, Access access) {
   } catch (...) {
     sqlite3_close(database_);
     throw;
+  }
+}
+
+void Store::open(const std::string& file, int flags) {
+  if (sqlite3_open_v2(file.c_str(), &database_, flags | SQLITE_OPEN_READWRITE | SQLITE_OPEN_NOMUTEX,
+                      nullptr) != SQLITE_OK) {
+    const int system_error = database_ == nullptr ? ENOMEM : sqlite3_system_errno(database_);
+    throw StoreError(file + ": " + (system_error != 0 ? strerror(system_error) : "cannot be opened"));
+  }
+  sqlite3_busy_handler(database_, wait_for_lock, nullptr);
+  sqlite3_db_config(database_, SQLITE_DBCONFIG_ENABLE_FKEY, 1, nullptr);
+  add_time_functions(database_);
+}
+
+// The file gets its name when all of it is on the disk, so that one without tables is not a new one: it has
+// lost them. What an attempt has left that was cut short goes with the next.
+void Store::make(const std::string& file, std::span<const Schema> schemas) {
+  const std::string folder = parent_of(file);
+  const File lock(::open(folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
+  if (!lock.is_open() || flock(lock.descriptor(), LOCK_EX) != 0) throw_folder_error(folder, strerror(errno));
+  if (is_there(file)) return;  // another process was first
+  const std::string new_file = file + ".new";
+  unlink(new_file.c_str());
+  open(new_file, SQLITE_OPEN_CREATE);
+  keep_for_owner(new_file);
+  run("PRAGMA journal_mode = OFF");
+  run("PRAGMA synchronous = FULL");
+  run("BEGIN IMMEDIATE");
+  upgrade(schemas, total_steps(schemas));
+  run("COMMIT");
+  sqlite3_close(std::exchange(database_, nullptr));
+  sync_names(new_file);
+  unlink((file + "-journal").c_str());  // of a file that is gone
+  if (rename(new_file.c_str(), file.c_str()) != 0 || (fsync(lock.descriptor()) != 0 && errno == EIO)) {
+    throw StoreError(file + ": " + strerror(errno));
   }
 }
 
@@ -231,8 +262,10 @@ void Store::run(const char* sql) {
 bool Store::is_current(int64_t version) {
   const int64_t application = number("PRAGMA application_id");
   const int64_t found = number("PRAGMA user_version");
-  const bool is_new = application == 0 && found == 0 && number("SELECT count(*) FROM sqlite_schema") == 0;
-  if (!is_new && application != kApplicationId) fail("is not a state file of vek");
+  if (application == 0 && number("SELECT count(*) FROM sqlite_schema") == 0) {
+    fail("has lost all that it held; a new one is made when it is removed");
+  }
+  if (application != kApplicationId) fail("is not a state file of vek");
   if (found > version) fail("was written by a newer vek");
   return found == version;
 }

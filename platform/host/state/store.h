@@ -247,6 +247,8 @@ class Store {
   }
 
  private:
+  void open(const std::string& file, int flags = 0);
+  void make(const std::string& file, std::span<const Schema> schemas);
   void run(const char* sql);
   bool is_current(int64_t version);
   void upgrade(std::span<const Schema> schemas, int64_t version);
