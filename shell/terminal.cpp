@@ -6,6 +6,7 @@
 #include <histedit.h>
 #include <poll.h>
 #include <sys/signalfd.h>
+#include <sys/stat.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -213,11 +214,14 @@ int run(std::vector<std::string>& words, bool is_json, const Signals& signals) {
   return 128 + WTERMSIG(status);
 }
 
+// Empty where nothing is to be kept: libedit takes a file away from all others, and /dev/null is theirs, too.
 std::string history_path() {
-  const char* const path = getenv("VEK_HISTORY");
+  const char* const chosen = getenv("VEK_HISTORY");
   const char* const home = getenv("HOME");
-  if (path != nullptr) return path;
-  return home == nullptr ? "" : std::string(home) + "/.vek_history";
+  if (chosen == nullptr && home == nullptr) return "";
+  const std::string path = chosen != nullptr ? chosen : std::string(home) + "/.vek_history";
+  struct stat found;
+  return stat(path.c_str(), &found) == 0 && !S_ISREG(found.st_mode) ? "" : path;
 }
 
 class LineHistory {
