@@ -135,7 +135,7 @@ TEST_F(Upgrade, FromAServer) {
       {{served(second, 1)}, 10, "3", "2", 300, "download: "},
       {{response("404 Not Found", second)}, 10, "3", "2", 300, "404"},
       {{served(second, 1)}, 10, "3", "2", 300, "too slow", false, true},
-      {{served("", (64 << 20) + 1)}, 10, "3", "2", 300, "file size"},
+      {{served("", (64 << 20) + 1)}, 10, "3", "2", 300, "more than 64 MiB"},
       {{"HTTP/1.0 200 OK\r\n\r\n" + std::string(1 << 20, 'x')}, 10, "3", "2", 300, "more than 64 MiB", true},
   };
   for (const auto& [responses, status, name, flash, loaded, why, is_endless, stalls] : cases) {
@@ -143,7 +143,8 @@ TEST_F(Upgrade, FromAServer) {
     const HttpServer server(responses, is_endless, stalls);
     const RunResult result =
         run({"/bin/sh", "-c",
-             "exec unshare -rm sh -c 'mount -t tmpfs none /etc || exit 77; mkdir -p /etc/upgrade/old; \"$@\";"
+             "unshare -rm true || exit 77; exec unshare -rm sh -c 'mount -t tmpfs none /etc || exit 77; "
+             "mkdir -p /etc/upgrade/old; \"$@\";"
              " status=$?; [ ! -e /etc/upgrade ] || find /etc/upgrade; exit $status' sh \"$@\"",
              "sh", VEK_BINARY, "wget", "download", server.url() + "/package"},
             {"VEK_HTTP_STALL=1", "no_proxy=127.0.0.1"});

@@ -20,6 +20,7 @@
 namespace {
 
 constexpr curl_off_t kMaxSize = 64 << 20;
+constexpr const char* kTooLarge = "more than 64 MiB";
 constexpr long kMaxRedirects = 10;
 constexpr long kConnectSeconds = 15;
 
@@ -58,7 +59,7 @@ class NewFile {
 
   void add(std::string_view bytes) {
     size_ += static_cast<curl_off_t>(bytes.size());
-    if (size_ > kMaxSize) throw std::runtime_error(path_ + ": more than 64 MiB");
+    if (size_ > kMaxSize) throw std::runtime_error(path_ + ": " + kTooLarge);
     write_all(file_, path_, bytes);
   }
   void put_in_place() {
@@ -133,8 +134,11 @@ void download(const char* url, const char* path) {
   if (is_watched) fputc('\n', stderr);
   if (!transfer.error.empty()) throw std::runtime_error(transfer.error);
   if (code != CURLE_OK) {
-    throw std::runtime_error(std::string("download: ") +
-                             (*error_text != '\0' ? error_text : curl_easy_strerror(code)));
+    // Newer curls count what comes as well, and tell of it in words of their own.
+    const char* const why = code == CURLE_FILESIZE_EXCEEDED ? kTooLarge
+                            : *error_text != '\0'           ? error_text
+                                                            : curl_easy_strerror(code);
+    throw std::runtime_error(std::string("download: ") + why);
   }
   transfer.file.put_in_place();
 }
