@@ -97,7 +97,7 @@ const RecordType& record_type() {
         });
       };
     }
-    if constexpr (requires(Record & each) { each.strings_length; }) {
+    if constexpr (requires { record.strings_length; }) {
       made.list_bytes = [](const uint8_t* at) {
         const uint32_t bytes = bytes_behind(copy_of<Record>(at));
         return RecordType::Bounds{bytes, bytes};
