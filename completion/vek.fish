@@ -20,7 +20,7 @@ function __vek_complete
             set -l next (math (count $given) + 1)
             echo $known[$next]
         else
-            set -l behind (string split ' ' $parts[2])
+            set -l behind (string split -- ' ' $parts[2])
             set -l next (math (count $given) - (count $known) + 1)
             set -l wanted $behind[$next]
             switch "$wanted"
