@@ -173,6 +173,10 @@ int print_usage(const CommandEntry*) { return kStatusRejected; }
 void print_order_usage(const Args&, const char*) {}
 int report_kernel_error(uint32_t) { return kStatusKernelError; }
 
+// ---- In place of args/shell.cpp ----
+
+void run_shell(const char*) {}
+
 // ---- In place of the platform ----
 
 const char* const tvlret_err_str[52] = {};

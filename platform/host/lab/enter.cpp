@@ -212,7 +212,7 @@ int live(bool has_routing, const Words& command, const std::string& folder) {
   make_files();
   make_network();
   if (has_routing) start_routing();
-  if (sethostname("router", 6) != 0) fail("sethostname");
+  if (sethostname("router", 6) != 0) throw_errno("sethostname");
   const std::string own = std::filesystem::read_symlink("/proc/self/exe").parent_path();
   const char* const path = getenv("PATH");
   setenv("PATH",
