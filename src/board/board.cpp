@@ -114,6 +114,7 @@ int cmd_param(int argc, char** argv, const CommandEntry* entry) {
   return run_sub_command(kParameterArea, argc, argv, entry);
 }
 
+// Any word saves; the table has the one that is shown.
 int cmd_usblog(int argc, char** argv, const CommandEntry* entry) {
   const bool is_any_word = argc >= 3;
   return is_any_word ? save_parameters(Args(argc, argv), entry) : run_sub_command(kUsbLog, argc, argv, entry);
